@@ -1,0 +1,15 @@
+# The architecture in one table: which rooms (folders of src/) a room may include and link.
+# lumo_room() refuses a link line that is not covered here, and the test "house.arrows" compares every
+# #include with it. docs/ARCHITECTURE.md explains the picture.
+set(LUMO_ROOMS core numerics io imaging clean analysis run convert cli view app)
+set(LUMO_ARROWS_core)
+set(LUMO_ARROWS_numerics core)
+set(LUMO_ARROWS_io core)
+set(LUMO_ARROWS_imaging core numerics io)
+set(LUMO_ARROWS_clean core numerics io)
+set(LUMO_ARROWS_analysis core numerics io)
+set(LUMO_ARROWS_run core numerics io imaging clean analysis)
+set(LUMO_ARROWS_convert core io)
+set(LUMO_ARROWS_cli core numerics io imaging clean analysis run convert)
+set(LUMO_ARROWS_view core)
+set(LUMO_ARROWS_app core numerics io imaging clean analysis run convert view)

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace lumo {
+
+/// CRC-32 with the zlib polynomial; `seed` is the CRC of the bytes before these.
+[[nodiscard]] std::uint32_t crc32Of(const void* bytes, std::size_t size, std::uint32_t seed = 0);
+
+}  // namespace lumo

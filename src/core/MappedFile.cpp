@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/MappedFile.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace lumo {
+
+Status MappedFile::open(const std::string& name) {
+  close();
+  const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0)
+    return {errno == ENOENT ? StatusCode::kNotFound : StatusCode::kReadFailed,
+            std::string("cannot be opened: ") + std::strerror(errno), name};
+  struct stat info {};
+  if (::fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) {
+    ::close(descriptor);
+    return {StatusCode::kReadFailed, "is not a regular file", name};
+  }
+  const auto size = static_cast<std::uint64_t>(info.st_size);
+  void* const mapped =
+      size == 0 ? nullptr
+                : ::mmap(nullptr, static_cast<std::size_t>(size), PROT_READ, MAP_SHARED, descriptor, 0);
+  const int error = errno;
+  ::close(descriptor);
+  if (mapped == MAP_FAILED)
+    return {StatusCode::kReadFailed, std::string("cannot be mapped: ") + std::strerror(error), name};
+  data_ = static_cast<const std::uint8_t*>(mapped);
+  size_ = size;
+  return {};
+}
+
+void MappedFile::close() {
+  if (data_ != nullptr) ::munmap(const_cast<std::uint8_t*>(data_), static_cast<std::size_t>(size_));
+  data_ = nullptr;
+  size_ = 0;
+}
+
+void MappedFile::release(std::uint64_t begin, std::uint64_t end) const {
+  const auto page = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+  begin = (begin + page - 1) / page * page;
+  end = std::min(end, size_) / page * page;
+  if (data_ == nullptr || begin >= end) return;
+  ::madvise(const_cast<std::uint8_t*>(data_ + begin), static_cast<std::size_t>(end - begin), MADV_DONTNEED);
+}
+
+}  // namespace lumo
