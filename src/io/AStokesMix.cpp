@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "io/AStokesMix.h"
+
+#include <cmath>
+
+#include "core/LittleEndian.h"
+#include "io/UvxLayout.h"
+
+namespace lumo {
+
+namespace {
+
+struct QuantityName {
+  StokesQuantity quantity;
+  const char* name;
+  std::int32_t code;  ///< as a stored product and as a FITS Stokes value
+};
+
+// In the order in which mixes are offered.
+constexpr QuantityName kQuantities[] = {{StokesQuantity::kI, "I", 1},    {StokesQuantity::kRR, "RR", -1},
+                                        {StokesQuantity::kLL, "LL", -2}, {StokesQuantity::kXX, "XX", -5},
+                                        {StokesQuantity::kYY, "YY", -6}, {StokesQuantity::kV, "V", 4},
+                                        {StokesQuantity::kQ, "Q", 2},    {StokesQuantity::kU, "U", 3}};
+
+bool usable(const AUVXComplex& value) {
+  return std::isfinite(value.Re()) && std::isfinite(value.Im()) && std::isfinite(value.Weight()) &&
+         value.Weight() > 0;
+}
+
+}  // namespace
+
+AUVXStokes::AUVXStokes(const AUVXFile& file) {
+  const auto table = file.GetTable("ST");
+  if (!table) return;
+  for (std::size_t at = 0; at + kProductRowBytes <= table->size(); at += kProductRowBytes)
+    products_.push_back(loadLittle<std::int32_t>(table->data() + at));
+}
+
+int AUVXStokes::indexOf(std::int32_t code) const {
+  for (std::size_t i = 0; i < products_.size(); ++i)
+    if (products_[i] == code) return static_cast<int>(i);
+  return -1;
+}
+
+AUVXComplex AStokesMix::GetVisible(const AUVXComplex* products, int offset) const {
+  const AUVXComplex& a = products[offset + first_];
+  if (second_ < 0) return a;
+  const AUVXComplex& b = products[offset + second_];
+  const double re = (double{a.Re()} + double{b.Re()}) / 2;
+  const double im = (double{a.Im()} + double{b.Im()}) / 2;
+  if (!usable(a) || !usable(b)) return {re, im, 0.0};
+  const double wa = a.Weight();
+  const double wb = b.Weight();
+  return {re, im, 4 * wa * wb / (wa + wb)};
+}
+
+const char* AStokesMix::name() const {
+  for (const QuantityName& entry : kQuantities)
+    if (entry.quantity == quantity_) return entry.name;
+  return "";
+}
+
+int stokesFitsCode(const std::string& name) {
+  for (const QuantityName& entry : kQuantities)
+    if (name == entry.name) return entry.code;
+  return 0;
+}
+
+AArray<AStokesMix>* toListMix(const AUVXStokes& stokes) {
+  auto* const list = new AArray<AStokesMix>();
+  const auto append = [list](const AStokesMix& mix) { list->InsertAt(list->count(), mix); };
+  const auto stored = [&stokes](std::int32_t code) { return stokes.indexOf(code); };
+  for (const QuantityName& entry : kQuantities) {
+    if (stored(entry.code) >= 0) {
+      append({entry.quantity, stored(entry.code)});
+    } else if (entry.quantity == StokesQuantity::kI) {
+      if (stored(-1) >= 0 && stored(-2) >= 0)
+        append({StokesQuantity::kI, stored(-1), stored(-2)});
+      else if (stored(-5) >= 0 && stored(-6) >= 0)
+        append({StokesQuantity::kI, stored(-5), stored(-6)});
+    }
+  }
+  return list;
+}
+
+}  // namespace lumo

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/AArray.h"
+#include "io/AUVXComplex.h"
+#include "io/AUVXFile.h"
+#include "io/UvxTables.h"
+
+namespace lumo {
+
+/// The stored polarisation products of an open file, table "ST".
+class AUVXStokes {
+ public:
+  explicit AUVXStokes(const AUVXFile& file);
+  explicit AUVXStokes(UvxProducts products) : products_(std::move(products)) {}
+
+  [[nodiscard]] const UvxProducts& products() const { return products_; }
+  /// Index of a product code among the stored ones (the first one), -1 if it is not stored.
+  [[nodiscard]] int indexOf(std::int32_t code) const;
+
+ private:
+  UvxProducts products_;
+};
+
+/// What an AStokesMix yields.
+enum class StokesQuantity : std::uint8_t { kI, kRR, kLL, kXX, kYY, kV, kQ, kU };
+
+/// How stored products are combined into the imaged Stokes quantity: one product as it is, or the mean of
+/// two. A plain value of a few bytes.
+class AStokesMix {
+ public:
+  AStokesMix() = default;
+  AStokesMix(StokesQuantity quantity, int product) : quantity_(quantity), first_(product), second_(-1) {}
+  AStokesMix(StokesQuantity quantity, int first, int second)
+      : quantity_(quantity), first_(first), second_(second) {}
+
+  /// The combined visibility of one channel; `products` points at its stored products, `offset` channels
+  /// away. A mean needs both products usable (finite, weight > 0; otherwise its weight is 0); it is formed in
+  /// double and rounded to single, with the weight 4 w1 w2 / (w1 + w2) of independent products.
+  [[nodiscard]] AUVXComplex GetVisible(const AUVXComplex* products, int offset) const;
+  /// True when every product it combines is among the first `products`.
+  [[nodiscard]] bool fits(std::uint32_t products) const {
+    return first_ >= 0 && first_ < static_cast<std::int64_t>(products) &&
+           second_ < static_cast<std::int64_t>(products);
+  }
+  [[nodiscard]] StokesQuantity quantity() const { return quantity_; }
+  /// "I", "RR", "LL", "XX", "YY", "V", "Q" or "U".
+  [[nodiscard]] const char* name() const;
+  bool operator==(const AStokesMix&) const = default;
+
+ private:
+  StokesQuantity quantity_ = StokesQuantity::kI;
+  std::int32_t first_ = 0;
+  std::int32_t second_ = -1;
+};
+
+/// FITS code of a mix's name (I Q U V 1..4, RR LL -1 -2, XX YY -5 -6); 0 for a name that is none of them.
+[[nodiscard]] int stokesFitsCode(const std::string& name);
+
+/// The combinations that the stored products allow, in this order: I (stored I; else the mean of RR and LL;
+/// else of XX and YY), RR, LL, XX, YY, V, Q, U (the last three only when stored as such). Empty when none is
+/// possible. The caller deletes the list.
+[[nodiscard]] AArray<AStokesMix>* toListMix(const AUVXStokes& stokes);
+
+}  // namespace lumo
