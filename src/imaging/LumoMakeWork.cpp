@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "imaging/LumoMakeWork.h"
+
+#include <algorithm>
+#include <cctype>
+#include <chrono>
+#include <cmath>
+#include <new>
+#include <utility>
+
+#include "core/Units.h"
+#include "imaging/BeamMomentAccumulator.h"
+#include "imaging/Fft.h"
+#include "imaging/FourierTransform.h"
+#include "imaging/GridCorrection.h"
+#include "imaging/GridGeometry.h"
+#include "imaging/Gridder.h"
+#include "io/AUVXHeader.h"
+#include "io/AUVXSources.h"
+
+namespace lumo {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// Adds the time of its own life to a phase.
+class PhaseTimer {
+ public:
+  explicit PhaseTimer(double& seconds) : seconds_(seconds) {}
+  PhaseTimer(const PhaseTimer&) = delete;
+  PhaseTimer& operator=(const PhaseTimer&) = delete;
+  ~PhaseTimer() { seconds_ += std::chrono::duration<double>(Clock::now() - start_).count(); }
+
+ private:
+  double& seconds_;
+  Clock::time_point start_ = Clock::now();
+};
+
+bool namesJansky(std::string unit) {
+  std::transform(unit.begin(), unit.end(), unit.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  return unit.find("JY") != std::string::npos;
+}
+
+std::uint32_t savedLength(std::uint32_t imageLength) {
+  return 1u << transformExponent(imageLength);
+}
+
+/// The image's zero-lag value.
+double centreValue(const AMatrix<double>& image) {
+  return image(savedLength(image.rows()) / 2, savedLength(image.columns()) / 2);
+}
+
+void scaleImage(AMatrix<double>& image, double factor) {
+  for (std::size_t i = 0; i < image.size(); ++i) image.data()[i] *= factor;
+}
+
+}  // namespace
+
+/// Pixel sizes and axis ranges of the products, arcseconds.
+struct LumoMakeWork::Geometry {
+  explicit Geometry(const ABMakeParameters& p)
+      : grid(p),
+        dx(kArcsecPerRadian / (2 * p.uvScaleU * p.uvLimitU)),
+        dy(kArcsecPerRadian / (2 * p.uvScaleV * p.uvLimitV)) {
+    beam.xMin = -grid.nx * dx;
+    beam.xMax = (grid.nx - 1) * dx;
+    beam.yMin = -grid.ny * dy;
+    beam.yMax = (grid.ny - 1) * dy;
+    const double c = savedLength(static_cast<std::uint32_t>(2 * grid.columns));
+    const double r = savedLength(static_cast<std::uint32_t>(grid.rows));
+    dirty.xMin = -grid.nx * dx + (c * dx * 0.25 + p.shiftX);
+    dirty.xMax = (grid.nx - 1) * dx + (p.shiftX - c * dx * 0.25);
+    dirty.yMin = -grid.ny * dy + (r * dy * 0.25 + p.shiftY);
+    dirty.yMax = (grid.ny - 1) * dy + (p.shiftY - r * dy * 0.25);
+  }
+  GridGeometry grid;
+  double dx, dy;
+  TMinMax beam, dirty;
+};
+
+LumoMakeWork::LumoMakeWork(std::int32_t order)
+    : order_(std::max(order, 1)), dirtyMapNames_(order_), beamNames_(2 * order_ - 1) {}
+
+void LumoMakeWork::SetInputs(const ABMakeParameters* parameters, const VisibilityInputs& inputs) {
+  parameters_ = parameters;
+  inputs_ = inputs;
+}
+
+int LumoMakeWork::fail(Status status) {
+  status_ = std::move(status);
+  return 0;
+}
+
+int LumoMakeWork::Run(const CancelFlag* cancel, StatusText* statusText, ProgressBar* readingBar,
+                      ProgressBar* frequencyBar, ProgressBar* fileBar) try {
+  indicators_ = {cancel, statusText, readingBar, frequencyBar, fileBar};
+  if (parameters_ == nullptr || inputs_.count() == 0)
+    return fail({StatusCode::kNoData, "no visibility file is listed: there is nothing to image"});
+  SpectralGridSet grids;
+  {
+    const PhaseTimer timer(phases_.grid);
+    if (GridVisibilities(*parameters_, grids) == 0) return 0;
+  }
+  AMapHeader header;
+  Status status = makeHeader(header);
+  if (status.ok()) status = estimateBeam(grids, header);
+  if (!status.ok()) return fail(std::move(status));
+  double scale = 0;
+  if (makeBeams(grids, header, scale) == 0 || makeDirtyMaps(grids, header, scale) == 0) return 0;
+  indicators_.setText("");
+  return 1;
+} catch (const std::bad_alloc&) {
+  return fail({StatusCode::kOutOfMemory, "the grids of this map size and order do not fit in memory"});
+}
+
+Status LumoMakeWork::makeHeader(AMapHeader& header) const {
+  AUVXFile file;
+  if (file.Open(inputs_.names[0], AFile::kRead) == 0) return file.status();
+  const AUVXSources sources(file);
+  if (const AUVXSourceItem* source = sources.ForID(inputs_.sources[0])) {
+    header.sourceName = source->name;
+    header.frame = source->frame;
+    header.rightAscension = source->rightAscension;
+    header.declination = source->declination;
+    header.epoch = source->epoch;
+  }
+  header.unit = namesJansky(AUVXHeader(file).unit) ? "Jy/Beam" : "";
+  header.stokes = inputs_.mixes[0].name();
+  header.frequency = referenceFrequency_;
+  header.bandwidth = bandwidth_;
+  header.history = history_;
+  return {};
+}
+
+Status LumoMakeWork::estimateBeam(const SpectralGridSet& grids, AMapHeader& header) const {
+  const GridGeometry geometry(*parameters_);
+  BeamMomentAccumulator moments;
+  const AMatrix<Complex>& sampling = grids.beams[0];
+  for (std::int32_t r = 0; r < geometry.rows; ++r) {
+    for (std::int32_t c = 0; c < geometry.columns; ++c) {
+      const double weight = sampling(static_cast<std::uint32_t>(r), static_cast<std::uint32_t>(c)).real();
+      const double u = geometry.u(c);
+      const double v = geometry.v(r);
+      moments.add(u, v, weight);
+      if (u != 0) moments.add(-u, -v, weight);
+    }
+  }
+  if (moments.sumOfWeights() == 0)
+    return {StatusCode::kNoData, "no usable visibility: every one is flagged, rejected or off the grid"};
+  if (moments.solve() == 0)
+    return {StatusCode::kNoData, "the uv coverage has no extent in one direction: no beam can be estimated"};
+  header.beamMajor = moments.firstWidth();
+  header.beamMinor = moments.secondWidth();
+  header.beamPa = moments.positionAngle();
+  return {};
+}
+
+int LumoMakeWork::makeBeams(SpectralGridSet& grids, AMapHeader& header, double& scale) {
+  const Geometry geometry(*parameters_);
+  header.kind = MapKind::kBeam;
+  for (std::int32_t k = 0; k < beamCount(); ++k) {
+    AMatrix<double> image;
+    {
+      const PhaseTimer timer(phases_.transform);
+      if (FourierTransformGrid(grids.beams[k], image, -1, 1.0, 1.0) == 0) return 0;
+      ApplyGridCorrection(image, geometry.beam, *parameters_);
+      if (k == 0) {
+        // The widths enter as sigmas times two: the value is four times a Gaussian's area, as every reader of
+        // these maps expects.
+        constexpr double factor = 0.8493218002880191;
+        header.beamArea =
+            (header.beamMajor * factor) * kTwoPi * (header.beamMinor * factor) / (geometry.dy * geometry.dx);
+        scale = 1 / centreValue(image);
+        if (!std::isfinite(scale))
+          return fail({StatusCode::kNoData, "the dirty beam is 0 at its centre: no usable visibility"});
+      }
+      scaleImage(image, scale);
+    }
+    SaveBeam(header, geometry.beam, image, beamNames_[k]);
+  }
+  return 1;
+}
+
+int LumoMakeWork::makeDirtyMaps(SpectralGridSet& grids, AMapHeader& header, double scale) {
+  const Geometry geometry(*parameters_);
+  header.kind = MapKind::kIntensity;
+  for (std::int32_t k = 0; k < order_; ++k) {
+    AMatrix<double> image;
+    {
+      const PhaseTimer timer(phases_.transform);
+      if (FourierTransformGrid(grids.dirty[k], image, -1, 1.0, 1.0) == 0) return 0;
+      scaleImage(image, scale);
+      ApplyGridCorrection(image, geometry.beam, *parameters_);
+    }
+    SaveDirtyMap(header, geometry.dirty, image, dirtyMapNames_[k]);
+  }
+  return 1;
+}
+
+int LumoMakeWork::GridVisibilities(const ABMakeParameters& parameters, SpectralGridSet& grids) {
+  Gridder gridder(parameters, inputs_, {order_, referenceFrequency_, workGridBytes_}, indicators_);
+  return gridder.run(grids) != 0 ? 1 : fail(gridder.status());
+}
+
+int LumoMakeWork::FourierTransformGrid(AMatrix<Complex>& grid, AMatrix<double>& image, int direction,
+                                       double columnScale, double rowScale) {
+  if (fourierTransformGrid(grid, image, {direction, columnScale, rowScale}, indicators_) != 0) return 1;
+  return fail({StatusCode::kCancelled, "cancelled while transforming"});
+}
+
+int LumoMakeWork::ComputeCorrectorX(AArray<double>& profile, const AB3DFunc& kernel, const TMinMax& range) {
+  return computeCorrectorX(profile, kernel, range, indicators_);
+}
+
+int LumoMakeWork::ComputeCorrectorY(AArray<double>& profile, const AB3DFunc& kernel, const TMinMax& range) {
+  return computeCorrectorY(profile, kernel, range, indicators_);
+}
+
+int LumoMakeWork::ApplyGridCorrection(AMatrix<double>& /*image*/, const TMinMax& /*range*/,
+                                      const ABMakeParameters& /*parameters*/) {
+  return 1;
+}
+
+void LumoMakeWork::SaveBeam(const AMapHeader& header, const TMinMax& range, const AMatrix<double>& image,
+                            const std::string& name) {
+  if (name.empty()) return;
+  indicators_.setText("Save Beam map in file " + name + " ...");
+  const auto rows = static_cast<std::int32_t>(savedLength(image.rows()));
+  const auto columns = static_cast<std::int32_t>(savedLength(image.columns()));
+  save(header, range, image, name, AMatrixRect(0, 0, rows - 1, columns - 1));
+}
+
+void LumoMakeWork::SaveDirtyMap(const AMapHeader& header, const TMinMax& range, const AMatrix<double>& image,
+                                const std::string& name) {
+  if (name.empty()) return;
+  indicators_.setText("Save dirty map in file " + name + " ...");
+  const auto rows = static_cast<std::int32_t>(savedLength(image.rows()));
+  const auto columns = static_cast<std::int32_t>(savedLength(image.columns()));
+  save(header, range, image, name,
+       AMatrixRect(rows / 4, columns / 4, rows - rows / 4 - 1, columns - columns / 4 - 1));
+}
+
+void LumoMakeWork::save(const AMapHeader& header, const TMinMax& range, const AMatrix<double>& image,
+                        const std::string& name, const AMatrixRect& rect) {
+  const PhaseTimer timer(phases_.write);
+  AMatrix<float> single(savedLength(image.rows()), savedLength(image.columns()));
+  for (std::uint32_t r = 0; r < single.rows(); ++r)
+    std::transform(&image(r, 0), &image(r, 0) + single.columns(), &single(r, 0),
+                   [](double value) { return static_cast<float>(value); });
+  products_.push_back({name, writeMap(name, header, range, single, rect)});
+}
+
+}  // namespace lumo
