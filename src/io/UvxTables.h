@@ -65,6 +65,8 @@ struct UvxRecord {
   double time = 0;             ///< modified Julian date, days UTC
   std::int16_t source = 0;     ///< low 16 bits of the source ID
 
+  /// True when the group is not to be used.
+  [[nodiscard]] bool isFlagged() const { return flag != 0; }
   [[nodiscard]] static UvxRecord load(const std::uint8_t* bytes);
   void store(std::uint8_t* bytes) const;
 };
