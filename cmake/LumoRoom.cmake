@@ -6,10 +6,14 @@ add_library(lumo_flags INTERFACE)
 target_compile_features(lumo_flags INTERFACE cxx_std_20)
 target_compile_options(lumo_flags INTERFACE -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow
     -Wnon-virtual-dtor -Woverloaded-virtual $<$<BOOL:${LUMO_WERROR}>:-Werror>)
-# GCC 12 sees overlapping copies in std::string concatenation that are not there, and uninitialised values in
-# sanitizer instrumentation.
-target_compile_options(lumo_flags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
-    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${LUMO_SANITIZE}>>:-Wno-maybe-uninitialized>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # GCC 12 sees overlapping copies in std::string concatenation that are not there ...
+  target_compile_options(lumo_flags INTERFACE -Wno-restrict)
+  if(LUMO_SANITIZE)
+    # ... and uninitialised values in its own sanitizer instrumentation.
+    target_compile_options(lumo_flags INTERFACE -Wno-maybe-uninitialized)
+  endif()
+endif()
 
 # lumo_room(NAME SOURCES file... [DEPENDS room...] [PACKAGES target...] [PRIVATE_PACKAGES target...])
 #
@@ -32,6 +36,18 @@ function(lumo_room name)
   list(TRANSFORM ROOM_DEPENDS PREPEND lumo::)
   target_link_libraries(lumo_${name} PUBLIC lumo_flags ${ROOM_DEPENDS} ${ROOM_PACKAGES}
       PRIVATE ${ROOM_PRIVATE_PACKAGES})
+endfunction()
+
+# lumo_ui_room(NAME SOURCES file... [DEPENDS target...])
+#
+# The windows of room NAME: library lumo_NAME_ui (alias lumo::NAME_ui) from src/NAME/ui, which sees its room and the
+# window library. Its headers are "NAME/ui/File.h".
+function(lumo_ui_room name)
+  cmake_parse_arguments(UI "" "" "SOURCES" ${ARGN})
+  add_library(lumo_${name}_ui STATIC ${UI_SOURCES})
+  add_library(lumo::${name}_ui ALIAS lumo_${name}_ui)
+  set_target_properties(lumo_${name}_ui PROPERTIES AUTOMOC ON)
+  target_link_libraries(lumo_${name}_ui PUBLIC lumo::${name} lumo::view)
 endfunction()
 
 # lumo_tests(NAME SOURCES file... LINKS target...): the test program of one room, its cases registered one by one.

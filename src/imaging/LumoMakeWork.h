@@ -74,7 +74,7 @@ class LumoMakeWork {
   virtual int ApplyGridCorrection(AMatrix<double>& image, const TMinMax& range,
                                   const ABMakeParameters& parameters);
   /// True when a record's flag byte says that the group is not to be used.
-  [[nodiscard]] virtual bool IsGroupFlagged(const UvxRecord& record) const { return record.flag != 0; }
+  [[nodiscard]] static bool IsGroupFlagged(const UvxRecord& record) { return record.isFlagged(); }
   /// Writes the whole image (without its two left-over columns) / its central half.
   virtual void SaveBeam(const AMapHeader& header, const TMinMax& range, const AMatrix<double>& image,
                         const std::string& name);
