@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/RunCommand.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <map>
+#include <set>
+#include <system_error>
+
+#include "clean/HeadlessCleanWatcher.h"
+#include "cli/Console.h"
+#include "cli/Interrupt.h"
+#include "cli/OptionText.h"
+#include "cli/RunOutput.h"
+#include "cli/TerminalProgress.h"
+#include "core/Paths.h"
+#include "core/TextForm.h"
+#include "run/RunDriver.h"
+
+namespace lumo {
+
+namespace {
+
+using NamedTypes = std::map<std::string, std::int32_t>;
+
+const NamedTypes kWeightings = {{"natural", kNaturalWeighting}, {"uniform", kUniformWeighting}};
+const NamedTypes kKernels = {
+    {"pillbox", kKernelPillBox}, {"gauss", kKernelGauss}, {"lorentz", kKernelLorentz}, {"hat", kKernelHat}};
+const NamedTypes kTapers = {
+    {"none", kTaperNone}, {"gauss", kTaperGauss}, {"lorentz", kTaperLorentz}, {"th", kTaperTh}};
+
+Status wrongUsage(const std::string& text) {
+  return {StatusCode::kInvalidValue, text};
+}
+
+}  // namespace
+
+void RunCommand::declare(CLI::App& program) {
+  CLI::App* const command =
+      program.add_subcommand("run", "Image UVX files: maps, beams, CLEAN, spectral index");
+  command->add_option("files", files_, "UVX files of one source")->required();
+  command->add_option("--folder", parameters_.folder, "work folder; made when missing")->required();
+  command->add_option("--prefix", parameters_.prefix, "start of the products' names")->capture_default_str();
+  command->add_option("--reference", reference_, "reference frequency, MHz, or 'center'")
+      ->capture_default_str();
+  command->add_option("--order", parameters_.order, "number of spectral terms")->capture_default_str();
+  command->add_option("--iterations", parameters_.iterations, "CLEAN iterations")->capture_default_str();
+  command->add_option("--gain", parameters_.gain, "CLEAN loop gain")->capture_default_str();
+  command->add_flag("--nonnegative", parameters_.nonNegative,
+                    "keep the intensity components from going below 0");
+  command->add_flag("--variable-gain", parameters_.variableGain,
+                    "let the gain rise to 1 with the iterations");
+  command->add_option("--threshold", parameters_.indexThreshold, "index map: share of the peak")
+      ->capture_default_str();
+  command->add_option("--index-min", parameters_.indexMin, "index map: lowest value")->capture_default_str();
+  command->add_option("--index-max", parameters_.indexMax, "index map: highest value")->capture_default_str();
+  command
+      ->add_option("--select", selections_, "FILE_NUMBER:ID[,ID...] or FILE_NUMBER:none; files count from 1")
+      ->take_all();
+  declareImaging(*command);
+  command->add_option("--threads", threads_, "threads at most, 0: all cores; every stage uses one at present")
+      ->check(CLI::NonNegativeNumber);
+  command->add_flag("--json", json_, "print one JSON object");
+}
+
+void RunCommand::declareImaging(CLI::App& command) {
+  command.add_option("--half-size", halfSize_,
+                     "map columns NX[,rows NY]; 16, 256, 512 or 1024 for square maps");
+  command.add_option("--uv-limit", uvLimit_, "U[,V]: reach of the uv grid in units of the data's; default 2");
+  command.add_option("--shift", shift_, "X,Y: arcseconds east and north");
+  command.add_option("--weighting", weighting_, "natural or uniform")->capture_default_str();
+  command.add_option("--uniform-box", uniformBox_, "U,V: 1/cells of a uniform block; 0: the whole grid");
+  command.add_option("--kernel", kernel_, "pillbox, gauss, lorentz or hat")->capture_default_str();
+  command.add_option("--kernel-width", kernelWidth_, "U,V: cells");
+  command.add_option("--taper", taper_, "none, gauss, lorentz or th")->capture_default_str();
+  command.add_option("--taper-width", taperWidth_, "U,V: wavelengths");
+  command.add_option("--taper-param", taperParam_, "P3,P4 of the th taper");
+  command.add_flag("--no-vis-weights", noVisWeights_, "leave the visibilities' weights out");
+}
+
+Status RunCommand::prepare() {
+  parameters_.folder = withSeparator(parameters_.folder);
+  ABMakeParameters imaging;
+  Status status = takeImagingOptions(imaging);
+  if (status.ok()) status = imaging.validate();
+  if (status.ok()) status = addFiles();
+  if (status.ok()) status = applySelections();
+  if (status.ok()) status = takeReference();
+  if (status.ok()) status = problemStatus(validateRunParameters(parameters_, list_.frequencies()));
+  if (!status.ok()) return status;
+  // The survey put the extents of the data into the list's block; the rest comes from the options.
+  imaging.uvScaleU = list_.imaging().uvScaleU;
+  imaging.uvScaleV = list_.imaging().uvScaleV;
+  list_.imaging() = imaging;
+  return makeFolder();
+}
+
+Status RunCommand::addFiles() {
+  const auto failures = list_.AddFiles(files_);
+  if (!failures.empty()) return failures.front();
+  if (list_.inputs().count() != static_cast<std::int32_t>(files_.size()))
+    return wrongUsage("a file is given twice; each can be used once");
+  return {};
+}
+
+Status RunCommand::applySelections() {
+  if (selections_.empty()) return {};
+  std::map<std::int64_t, std::set<int>> wanted;
+  for (const std::string& text : selections_) {
+    SelectionText selection;
+    const Status status = parseSelection(text, selection);
+    if (!status.ok()) return status;
+    if (selection.file < 1 || selection.file > list_.inputs().count())
+      return wrongUsage("--select " + text + ": there is no file number " + std::to_string(selection.file));
+    std::set<int>& chosen = wanted[selection.file];
+    const AUVXFqTbl& table = list_.inputs().tables[static_cast<std::int32_t>(selection.file - 1)];
+    for (const std::int64_t id : selection.ids) {
+      const int index = id < -128 || id > 127 ? -1 : table.GetFreqSelNum(static_cast<int>(id));
+      if (index < 0)
+        return wrongUsage("--select " + text + ": the file has no frequency selection with ID " +
+                          std::to_string(id));
+      chosen.insert(index);
+    }
+  }
+  for (const auto& [file, chosen] : wanted) {
+    const auto index = static_cast<std::int32_t>(file - 1);
+    for (int s = 0; s < list_.inputs().tables[index].GetFreqSels(); ++s)
+      list_.setSelected(index, s, chosen.contains(s));
+  }
+  list_.survey();
+  return {};
+}
+
+Status RunCommand::takeReference() {
+  if (reference_ == "center") {
+    parameters_.referenceMhz = list_.frequencies().centerMhz();
+  } else if (!parseDouble(reference_, parameters_.referenceMhz)) {
+    return wrongUsage("--reference " + reference_ + ": expected a frequency in MHz or 'center'");
+  }
+  return {};
+}
+
+Status RunCommand::takeImagingOptions(ABMakeParameters& imaging) const {
+  const auto choose = [](const char* option, const NamedTypes& types, const std::string& text,
+                         std::int32_t& value) {
+    const auto found = types.find(text);
+    if (found == types.end()) return wrongUsage(std::string(option) + " " + text + ": unknown");
+    value = found->second;
+    return Status();
+  };
+  const auto pair = [](const char* option, const std::string& text, double& a, double& b) {
+    return text.empty() ? Status() : parsePair(option, text, a, b);
+  };
+  Status status = choose("--weighting", kWeightings, weighting_, imaging.weightingMode);
+  if (status.ok()) status = choose("--kernel", kKernels, kernel_, imaging.kernelType);
+  if (status.ok()) status = choose("--taper", kTapers, taper_, imaging.taperType);
+  if (status.ok() && !halfSize_.empty())
+    status = parseWholeNumbers("--half-size", halfSize_, imaging.halfSizeX, imaging.halfSizeY);
+  if (status.ok() && !uvLimit_.empty())
+    status = parseNumberOrPair("--uv-limit", uvLimit_, imaging.uvLimitU, imaging.uvLimitV);
+  if (status.ok()) status = pair("--shift", shift_, imaging.shiftX, imaging.shiftY);
+  if (status.ok()) status = pair("--uniform-box", uniformBox_, imaging.uniformBoxU, imaging.uniformBoxV);
+  if (status.ok()) status = pair("--kernel-width", kernelWidth_, imaging.kernelWidthU, imaging.kernelWidthV);
+  if (status.ok()) status = pair("--taper-width", taperWidth_, imaging.taperWidthU, imaging.taperWidthV);
+  if (status.ok()) status = pair("--taper-param", taperParam_, imaging.taperParam3, imaging.taperParam4);
+  imaging.useVisWeights = noVisWeights_ ? 0 : 1;
+  return status;
+}
+
+Status RunCommand::makeFolder() const {
+  std::error_code error;
+  std::filesystem::create_directories(parameters_.folder, error);
+  if (std::filesystem::is_directory(parameters_.folder)) return {};
+  return {StatusCode::kWriteFailed, "the work folder cannot be made: " + error.message(), parameters_.folder};
+}
+
+int RunCommand::run() {
+  const CancelFlag& interrupt = interruptFlag();
+  RunReport report;
+  report.status = prepare();
+  const bool usage = report.status.code() == StatusCode::kInvalidValue && report.status.file().empty();
+  if (report.status.ok()) {
+    TerminalProgress progress;
+    HeadlessCleanWatcher watcher(&interrupt, &progress.readingBar(), &progress);
+    RunCompany company;
+    company.indicators = progress.indicators(interrupt);
+    company.clean = &watcher;
+    report = RunDriver(company).Run(parameters_, list_);
+  }
+  if (json_)
+    printJson(runJson(report, {parameters_, list_.imaging()}));
+  else
+    printRun(report);
+  if (report.status.ok()) return kExitDone;
+  complain(report.status.text());
+  return usage ? kExitUsage : kExitFailed;
+}
+
+}  // namespace lumo

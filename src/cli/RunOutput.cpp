@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "cli/RunOutput.h"
+
+#include <cstdio>
+
+#include "core/TextForm.h"
+
+namespace lumo {
+
+namespace {
+
+Json settingsJson(const RunSettings& settings) {
+  const RunParameters& p = settings.parameters;
+  const ABMakeParameters& m = settings.imaging;
+  return {{"folder", p.folder},
+          {"prefix", p.prefix},
+          {"reference_mhz", finiteOrNull(p.referenceMhz)},
+          {"order", p.order},
+          {"iterations", p.iterations},
+          {"gain", p.gain},
+          {"nonnegative", p.nonNegative},
+          {"variable_gain", p.variableGain},
+          {"threshold", p.indexThreshold},
+          {"index_min", p.indexMin},
+          {"index_max", p.indexMax},
+          {"half_size", {m.halfSizeX, m.halfSizeY}},
+          {"uv_limit", {m.uvLimitU, m.uvLimitV}},
+          {"uv_scale", {finiteOrNull(m.uvScaleU), finiteOrNull(m.uvScaleV)}},
+          {"shift_arcsec", {m.shiftX, m.shiftY}},
+          {"weighting", m.weightingMode == kUniformWeighting ? "uniform" : "natural"},
+          {"uniform_box", {m.uniformBoxU, m.uniformBoxV}},
+          {"kernel", m.kernelType},
+          {"kernel_width", {m.kernelWidthU, m.kernelWidthV}},
+          {"taper", m.taperType},
+          {"taper_width", {m.taperWidthU, m.taperWidthV}},
+          {"taper_param", {m.taperParam3, m.taperParam4}},
+          {"vis_weights", m.useVisWeights != 0}};
+}
+
+}  // namespace
+
+void printRun(const RunReport& report) {
+  std::size_t written = 0;
+  for (const RunProduct& product : report.products) {
+    written += product.written ? 1 : 0;
+    std::printf("%s %s%s%s\n", product.written ? "wrote" : "NOT WRITTEN", product.path.c_str(),
+                product.why.empty() ? "" : ": ", product.why.c_str());
+  }
+  if (report.status.code() == StatusCode::kCancelled) {
+    if (written == 0)
+      std::printf("cancelled: no product was written\n");
+    else
+      std::printf("cancelled: the %zu products above were kept, whole; the rest was not made\n", written);
+    return;
+  }
+  if (report.iterations == 0 && report.products.empty()) return;
+  std::printf("%s after %d iterations, total flux %s\n", report.stopped ? "CLEAN stopped" : "CLEAN done",
+              report.iterations, nValToStr(report.totalFlux, 6).c_str());
+  for (const auto& [name, seconds] : report.phases) std::printf("  %-10s %8.3f s\n", name.c_str(), seconds);
+}
+
+Json runJson(const RunReport& report, const RunSettings& settings) {
+  Json products = Json::array();
+  for (const RunProduct& product : report.products)
+    products.push_back(
+        {{"name", product.name}, {"path", product.path}, {"written", product.written}, {"why", product.why}});
+  Json phases = Json::object();
+  for (const auto& [name, seconds] : report.phases) phases[name] = seconds;
+  Json object{{"products", products},
+              {"settings", settingsJson(settings)},
+              {"survey",
+               {{"min_hz", finiteOrNull(report.survey.minHz)},
+                {"max_hz", finiteOrNull(report.survey.maxHz)},
+                {"number", report.survey.number}}},
+              {"iterations", report.iterations},
+              {"stopped", report.stopped},
+              {"total_flux", finiteOrNull(report.totalFlux)},
+              {"phases", phases}};
+  if (!report.status.ok()) object["error"] = failureJson(report.status);
+  return object;
+}
+
+}  // namespace lumo

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "cli/Console.h"
+#include "imaging/ABMakeParameters.h"
+#include "run/RunParameters.h"
+#include "run/RunReport.h"
+
+namespace lumo {
+
+/// What a run was asked to do, for its output.
+struct RunSettings {
+  const RunParameters& parameters;
+  const ABMakeParameters& imaging;
+};
+
+/// The summary for a person, on standard output: what was kept and what was not, and why.
+void printRun(const RunReport& report);
+/// The object of `run --json` (docs/formats.md).
+[[nodiscard]] Json runJson(const RunReport& report, const RunSettings& settings);
+
+}  // namespace lumo

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <exception>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cli/Command.h"
+#include "cli/Console.h"
+#include "cli/ImportCommand.h"
+#include "cli/InfoCommand.h"
+#include "cli/RunCommand.h"
+#include "cli/SimulateCommand.h"
+#include "core/Version.h"
+
+namespace {
+
+using namespace lumo;
+
+/// The arguments, last first as CLI11 takes them. "-.5" would be read as a short option; "-0.5" is not.
+std::vector<std::string> reversedArguments(int argc, char** argv) {
+  std::vector<std::string> arguments(argv + 1, argv + argc);
+  for (std::string& argument : arguments)
+    if (argument.size() > 2 && argument.starts_with("-.") && argument[2] >= '0' && argument[2] <= '9')
+      argument.insert(1, "0");
+  return {arguments.rbegin(), arguments.rend()};
+}
+
+int runProgram(int argc, char** argv) {
+  CLI::App program("Multi-frequency synthesis imaging without a window", "lumo-cli");
+  program.set_version_flag("--version", programVersion());
+  program.require_subcommand(1);
+
+  std::vector<std::unique_ptr<Command>> commands;
+  commands.push_back(std::make_unique<SimulateCommand>());
+  commands.push_back(std::make_unique<ImportCommand>());
+  commands.push_back(std::make_unique<InfoCommand>());
+  commands.push_back(std::make_unique<RunCommand>());
+  for (const auto& command : commands) command->declare(program);
+  try {
+    program.parse(reversedArguments(argc, argv));
+  } catch (const CLI::ParseError& error) {
+    // Help and version are "errors" of exit code 0.
+    return program.exit(error) == 0 ? kExitDone : kExitUsage;
+  }
+  const auto subcommands = program.get_subcommands([](const CLI::App*) { return true; });
+  for (std::size_t i = 0; i < commands.size(); ++i)
+    if (subcommands[i]->parsed()) return commands[i]->run();
+  return kExitUsage;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return runProgram(argc, argv);
+  } catch (const std::bad_alloc&) {
+    lumo::complain("out of memory");
+  } catch (const std::exception& error) {
+    lumo::complain(error.what());
+  }
+  return lumo::kExitFailed;
+}

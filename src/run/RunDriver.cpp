@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "run/RunDriver.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "clean/CleanStage.h"
+#include "core/PendingFile.h"
+#include "core/TextForm.h"
+#include "core/Units.h"
+#include "io/AUVXFile.h"
+#include "io/ProductNames.h"
+#include "run/RunHistory.h"
+#include "run/SpectralIndexMap.h"
+
+namespace lumo {
+
+namespace {
+
+class Stopwatch {
+ public:
+  [[nodiscard]] double seconds() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+  }
+
+ private:
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+}  // namespace
+
+RunReport RunDriver::Run(const RunParameters& parameters, UvxFileList& files) {
+  const Stopwatch watch;
+  parameters_ = parameters;
+  report_.survey = files.frequencies();
+  try {
+    report_.status = runPhases(files);
+  } catch (const std::bad_alloc&) {
+    report_.status = {StatusCode::kOutOfMemory, "not enough memory for maps of " +
+                                                    toStr(files.imaging().halfSizeX) + " x " +
+                                                    toStr(files.imaging().halfSizeY) + " pixels and " +
+                                                    toStr(parameters.order) + " spectral terms"};
+  } catch (const std::exception& error) {
+    report_.status = {StatusCode::kReadFailed, std::string("the run failed: ") + error.what()};
+  }
+  if (report_.status.ok()) report_.status = firstUnwritten_;
+  double other = watch.seconds();
+  for (const auto& phase : report_.phases) other -= phase.second;
+  addPhase("other", std::max(other, 0.0));
+  return std::move(report_);
+}
+
+Status RunDriver::runPhases(UvxFileList& files) {
+  if (Status status = prepare(files); !status.ok()) return status;
+  if (company_.discardAreas) company_.discardAreas();
+  removeOldProducts(parameters_);
+  if (inputs_.count() == 0) return {};
+
+  AUVXFile first;
+  if (first.Open(inputs_.names[0], AFile::kRead) == 0) return first.status();
+  if (files.imaging().Setup(first, inputs_.sources[0]) == 0) return files.imaging().status();
+  first.Close();
+  const ABMakeParameters imaging = files.imaging();
+
+  if (Status status = image(imaging); !status.ok()) return status;
+  const Status cleaned = clean();
+  report_.largestFrequencyOffset = largestFrequencyOffset(inputs_, report_.survey);
+  writeFrequencyRange();
+  finishIndexMap();
+  return cleaned;
+}
+
+Status RunDriver::prepare(UvxFileList& files) {
+  const Stopwatch watch;
+  if (Status status = problemStatus(validateRunParameters(parameters_, files.frequencies())); !status.ok())
+    return status;
+  inputs_ = inStep(files.inputs());
+  Status status = checkInputs(parameters_, inputs_, files.imaging(), company_.indicators, facts_);
+  addPhase("check", watch.seconds());
+  return status;
+}
+
+Status RunDriver::image(const ABMakeParameters& imaging) {
+  LumoMakeWork work(parameters_.order);
+  work.setReferenceFrequency(parameters_.referenceMhz * kMegahertz);
+  work.setBandwidth(report_.survey.maxHz - report_.survey.minHz);
+  work.setHistory(runHistory(parameters_, imaging, inputs_, facts_));
+  work.SetInputs(&imaging, inputs_);
+  for (std::int32_t i = 0; i < work.beamCount(); ++i) {
+    if (i < work.order()) work.dirtyMapNames()[i] = dirtyMapName(parameters_.folder, parameters_.prefix, i);
+    work.beamNames()[i] = beamName(parameters_.folder, parameters_.prefix, i);
+  }
+  dirtyMapNames_ = work.dirtyMapNames();
+  beamNames_ = work.beamNames();
+
+  const RunIndicators& shown = company_.indicators;
+  const int done =
+      work.Run(shown.cancel, shown.statusText, shown.readingBar, shown.frequencyBar, shown.fileBar);
+  addPhase("grid", work.phases().grid);
+  addPhase("transform", work.phases().transform);
+  addPhase("write", work.phases().write);
+  addProducts(work.products());
+  return done != 0 ? Status() : work.status();
+}
+
+Status RunDriver::clean() {
+  CleanInput input;
+  input.dirtyMaps = dirtyMapNames_;
+  input.beams = beamNames_;
+  input.folder = parameters_.folder;
+  input.prefix = parameters_.prefix;
+  input.parameters = {.iterations = parameters_.iterations,
+                      .gain = parameters_.gain,
+                      .nonNegative = parameters_.nonNegative,
+                      .variableGain = parameters_.variableGain};
+  input.priority = company_.priority;
+  CleanStage stage(std::move(input));
+  const CleanReport cleaned = stage.Run(*company_.clean, company_.cleanObserver);
+  report_.iterations = cleaned.iterations;
+  report_.stopped = cleaned.stopped;
+  report_.totalFlux = cleaned.totalFlux;
+  report_.inversionError = cleaned.inversionError;
+  addPhase("clean-load", cleaned.seconds.load);
+  addPhase("clean", cleaned.seconds.clean);
+  addPhase("restore", cleaned.seconds.restore);
+  addPhase("clean-write", cleaned.seconds.write);
+  addProducts(cleaned.products);
+  return cleaned.status;
+}
+
+void RunDriver::writeFrequencyRange() {
+  const std::string path = freqRangeName(parameters_.folder, parameters_.prefix);
+  addProduct(
+      path, writeWholeFile(path, generalText(report_.survey.minHz) + ' ' + generalText(report_.survey.maxHz) +
+                                     ' ' + toStr(parameters_.order) + '\n'));
+}
+
+void RunDriver::finishIndexMap() {
+  const Stopwatch watch;
+  const SpectralIndexFiles paths{cleanName(parameters_.folder, parameters_.prefix, 0),
+                                 cleanName(parameters_.folder, parameters_.prefix, 1),
+                                 indexName(parameters_.folder, parameters_.prefix)};
+  if (parameters_.order == 1) {
+    std::remove(paths.index.c_str());
+    return;
+  }
+  // A CLEAN map that could not be written now may still lie there from an earlier run.
+  const Status status =
+      wasWritten(paths.zero) && wasWritten(paths.first)
+          ? writeSpectralIndexMap(paths, parameters_.indexThreshold, parameters_.indexMin,
+                                  parameters_.indexMax)
+          : Status(StatusCode::kNotFound, "cannot be made: a CLEAN map it needs was not written");
+  addProduct(paths.index, status);
+  addPhase("index", watch.seconds());
+  if (status.ok()) company_.indicators.setText("Success");
+}
+
+void RunDriver::addPhase(const std::string& name, double seconds) {
+  report_.phases.emplace_back(name, seconds);
+}
+
+void RunDriver::addProducts(const MapProducts& products) {
+  for (const MapProduct& product : products) addProduct(product.path, product.status);
+}
+
+void RunDriver::addProduct(const std::string& path, const Status& status) {
+  const std::size_t common = parameters_.folder.size() + parameters_.prefix.size();
+  report_.products.push_back(
+      {path.substr(std::min(common, path.size())), path, status.ok(), status.ok() ? "" : status.message()});
+  if (firstUnwritten_.ok()) firstUnwritten_ = status.ok() ? Status() : status.about(path);
+}
+
+bool RunDriver::wasWritten(const std::string& path) const {
+  return std::any_of(report_.products.begin(), report_.products.end(),
+                     [&](const RunProduct& product) { return product.path == path && product.written; });
+}
+
+}  // namespace lumo

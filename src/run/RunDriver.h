@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "clean/CleanObserver.h"
+#include "clean/CleanWatcher.h"
+#include "core/Progress.h"
+#include "core/ThreadPriority.h"
+#include "imaging/LumoMakeWork.h"
+#include "io/MapProduct.h"
+#include "run/RunChecks.h"
+#include "run/RunParameters.h"
+#include "run/RunReport.h"
+#include "run/UvxFileList.h"
+
+namespace lumo {
+
+/// Who accompanies a run. Nothing is owned; `clean` must be there, the rest may be empty.
+struct RunCompany {
+  RunIndicators indicators;
+  CleanWatcher* clean = nullptr;
+  CleanObserver* cleanObserver = nullptr;
+  ThreadPriority priority = ThreadPriority::kNormal;
+  /// Called once the parameters are accepted: areas marked on the maps of an earlier run no longer hold.
+  std::function<void()> discardAreas;
+};
+
+/// One complete run on the calling thread, from visibility files to products:
+///
+///     validate the parameters; check the inputs          -- a failure up to here touches nothing
+///     discard the area list; remove the old products
+///     no files: end
+///     set the imaging block up from the first file
+///     image: beams and dirty maps                        -- a failure or a cancel ends the run
+///     CLEAN: residual, CLEAN maps                        -- stopping is no failure; a failure does not end
+///     the run write the frequency range order 1: remove an old index map;  else: write the index map, status
+///     text "Success"
+///
+/// The maps pass from stage to stage as files, so memory holds one stage's maps at a time. Used once.
+class RunDriver {
+ public:
+  explicit RunDriver(RunCompany company) : company_(std::move(company)) {}
+
+  /// `files` gives the inputs, and its imaging block gets the values that setting it up gives it.
+  [[nodiscard]] RunReport Run(const RunParameters& parameters, UvxFileList& files);
+
+ private:
+  Status runPhases(UvxFileList& files);
+  Status prepare(UvxFileList& files);
+  Status image(const ABMakeParameters& imaging);
+  Status clean();
+  void writeFrequencyRange();
+  void finishIndexMap();
+  void addPhase(const std::string& name, double seconds);
+  void addProducts(const MapProducts& products);
+  void addProduct(const std::string& path, const Status& status);
+  [[nodiscard]] bool wasWritten(const std::string& path) const;
+
+  RunCompany company_;
+  RunParameters parameters_;
+  VisibilityInputs inputs_;
+  std::vector<InputFileFacts> facts_;
+  RunReport report_;
+  Status firstUnwritten_;
+  AObjArray<std::string> dirtyMapNames_;
+  AObjArray<std::string> beamNames_;
+};
+
+}  // namespace lumo

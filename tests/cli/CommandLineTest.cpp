@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The program itself: exit codes, messages, JSON, interrupts.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/PendingFile.h"
+#include "io/MapProduct.h"
+#include "support/TempFolder.h"
+
+namespace lumo {
+namespace {
+
+using Words = std::vector<std::string>;
+
+/// A started lumo-cli, its output going to files.
+class Program {
+ public:
+  Program(const test::TempFolder& folder, const Words& words)
+      : out_(folder.file("stdout.txt")), err_(folder.file("stderr.txt")) {
+    pid_ = ::fork();
+    if (pid_ != 0) return;
+    const int out = ::open(out_.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
+    const int err = ::open(err_.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
+    ::dup2(out, STDOUT_FILENO);
+    ::dup2(err, STDERR_FILENO);
+    std::vector<char*> arguments{const_cast<char*>(LUMO_CLI)};
+    for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    ::execv(LUMO_CLI, arguments.data());
+    ::_exit(127);
+  }
+  void interrupt() const { ::kill(pid_, SIGINT); }
+  [[nodiscard]] bool running() const {
+    return ::kill(pid_, 0) == 0 && ::waitpid(pid_, nullptr, WNOHANG) == 0;
+  }
+  /// Exit status, −1 when a signal ended it.
+  int wait() const {
+    int status = 0;
+    ::waitpid(pid_, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  [[nodiscard]] std::string out() const { return test::readFile(out_); }
+  [[nodiscard]] std::string err() const { return test::readFile(err_); }
+
+ private:
+  std::string out_, err_;
+  pid_t pid_ = 0;
+};
+
+class CommandLineTest : public testing::Test {
+ protected:
+  int run(const Words& words) {
+    const Program program(folder_, words);
+    const int status = program.wait();
+    out_ = program.out();
+    err_ = program.err();
+    return status;
+  }
+  /// Two bands of a small sky as files of the folder.
+  Words simulated(const std::string& interval = "600") {
+    test::writeFile(folder_.file("sky.json"),
+                    R"({"name": "sky", "ra_deg": 10, "dec_deg": 50, "reference_mhz": 5000, "components": [
+                       {"name": "c", "type": "point", "east_mas": 0, "north_mas": 0, "flux_jy": 1, "index": -0.5}]})");
+    EXPECT_EQ(run({"simulate", "--sky", folder_.file("sky.json"), "--array", "vlba", "--bands", "4800,5200",
+                   "--ifs", "2", "--interval", interval, "--out", folder_.file("uvx")}),
+              0)
+        << err_;
+    Words files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.file("uvx")))
+      files.push_back(entry.path());
+    std::sort(files.begin(), files.end());
+    return files;
+  }
+  int runOn(Words files, const Words& more) {
+    files.insert(files.begin(), "run");
+    files.insert(files.end(), {"--folder", folder_.file("maps")});
+    files.insert(files.end(), more.begin(), more.end());
+    return run(files);
+  }
+  [[nodiscard]] std::vector<std::string> leftovers() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.file("maps")))
+      if (entry.path().filename().string().starts_with(PendingFile::kTemporaryPrefix))
+        names.push_back(entry.path());
+    return names;
+  }
+
+  test::TempFolder folder_;
+  std::string out_, err_;
+};
+
+TEST_F(CommandLineTest, WrongCommandLinesExitWithTwo) {
+  EXPECT_EQ(run({}), 2);
+  EXPECT_EQ(run({"frobnicate"}), 2);
+  EXPECT_EQ(run({"run"}), 2);
+  EXPECT_EQ(run({"run", "x.uvx", "--folder", "f", "--gain", "much"}), 2);
+  EXPECT_EQ(run({"--help"}), 0);
+  EXPECT_EQ(run({"--version"}), 0);
+  EXPECT_EQ(out_.substr(0, 5), "Lumo ");
+}
+
+TEST_F(CommandLineTest, InputThatCannotBeUsedExitsWithOneAndNamesTheFile) {
+  test::writeFile(folder_.file("bad.uvx"), "nonsense");
+  EXPECT_EQ(runOn({folder_.file("bad.uvx")}, {}), 1);
+  EXPECT_NE(err_.find(folder_.file("bad.uvx")), std::string::npos) << err_;
+  EXPECT_EQ(run({"info", folder_.file("absent.uvx")}), 1);
+  EXPECT_EQ(run({"import", folder_.file("bad.uvx"), "--out", folder_.path()}), 1);
+  EXPECT_FALSE(test::exists(folder_.file("maps")));
+}
+
+TEST_F(CommandLineTest, RefusedValuesExitWithTwoAndNameTheField) {
+  const Words files = simulated();
+  const std::vector<std::pair<Words, std::string>> cases = {{{"--order", "5"}, "Order"},
+                                                            {{"--order", "0"}, "Order"},
+                                                            {{"--iterations", "0"}, "CLEAN Iterations"},
+                                                            {{"--gain", "2.5"}, "Gain"},
+                                                            {{"--threshold", "1.5"}, "Index threshold"},
+                                                            {{"--reference", "9000"}, "Reference"},
+                                                            {{"--reference", "soon"}, "--reference"},
+                                                            {{"--half-size", "300"}, "halfSizeX"},
+                                                            {{"--half-size", "64"}, "halfSizeX"},
+                                                            {{"--uniform-box", "3,1"}, "uniformBoxU"},
+                                                            {{"--uv-limit", "-1"}, "uvLimitU"},
+                                                            {{"--kernel", "sinc"}, "--kernel"},
+                                                            {{"--shift", "1"}, "--shift"},
+                                                            {{"--select", "3:1"}, "--select"},
+                                                            {{"--select", "1:77"}, "77"}};
+  for (const auto& [options, words] : cases) {
+    EXPECT_EQ(runOn(files, options), 2) << options[0] << " " << options[1];
+    EXPECT_NE(err_.find(words), std::string::npos) << err_;
+  }
+  EXPECT_FALSE(test::exists(folder_.file("maps")));
+}
+
+TEST_F(CommandLineTest, JsonOfARunHasItsKeysAndNothingElseOnStandardOutput) {
+  const Words files = simulated();
+  ASSERT_EQ(runOn(files, {"--iterations", "20", "--json", "--shift", "-.0005,0.0003"}), 0) << err_;
+  const auto json = nlohmann::json::parse(out_);
+  EXPECT_EQ(json["iterations"], 20);
+  EXPECT_EQ(json["stopped"], false);
+  EXPECT_EQ(json["survey"]["number"], 4);
+  EXPECT_EQ(json["settings"]["order"], 2);
+  EXPECT_EQ(json["settings"]["shift_arcsec"][0], -0.0005);
+  EXPECT_FALSE(json.contains("error"));
+  EXPECT_TRUE(json["phases"].is_object());
+  // 3 beams, 2 dirty maps, residual, 2 x 2 CLEAN maps, frequency range, index map.
+  ASSERT_EQ(json["products"].size(), 12u);
+  for (const auto& product : json["products"]) {
+    EXPECT_EQ(product["written"], true);
+    EXPECT_TRUE(test::exists(product["path"])) << product["path"];
+  }
+  // Half an arcsecond west and 0.3 north, to the cell of the map's centre column and row.
+  LoadedMap map;
+  ASSERT_TRUE(readMap(folder_.file("maps/MFS^dm0.exm"), map).ok());
+  const double cell = (map.range.xMax - map.range.xMin) / (map.matrix->columns() - 1);
+  EXPECT_NEAR(map.range.xMin + map.matrix->columns() / 2 * cell, -0.0005, 1e-9);
+}
+
+TEST_F(CommandLineTest, JsonOfAFailureHasTheError) {
+  EXPECT_EQ(runOn({folder_.file("absent.uvx")}, {"--json"}), 1);
+  const auto json = nlohmann::json::parse(out_);
+  EXPECT_EQ(json["error"]["code"], "not-found");
+  EXPECT_EQ(json["error"]["file"], folder_.file("absent.uvx"));
+}
+
+TEST_F(CommandLineTest, SelectionsAddUpAndLeaveOtherFilesWhole) {
+  const Words files = simulated();
+  ASSERT_EQ(runOn(files, {"--iterations", "1", "--json", "--select", "1:none"}), 0) << err_;
+  EXPECT_EQ(nlohmann::json::parse(out_)["survey"]["number"], 2);
+  EXPECT_NEAR(nlohmann::json::parse(out_)["survey"]["min_hz"].get<double>(), 5.2e9, 1.0);
+}
+
+TEST_F(CommandLineTest, SameRunTwiceGivesTheSameBytes) {
+  const Words files = simulated();
+  ::setenv("SOURCE_DATE_EPOCH", "1700000000", 1);
+  ASSERT_EQ(runOn(files, {"--iterations", "50"}), 0) << err_;
+  std::vector<std::pair<std::string, std::string>> first;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_.file("maps")))
+    first.emplace_back(entry.path(), test::readFile(entry.path()));
+  ASSERT_EQ(first.size(), 12u);
+  ASSERT_EQ(runOn(files, {"--iterations", "50"}), 0) << err_;
+  for (const auto& [path, bytes] : first) EXPECT_EQ(test::readFile(path) == bytes, true) << path;
+  ::unsetenv("SOURCE_DATE_EPOCH");
+}
+
+TEST_F(CommandLineTest, InterruptWhileCleaningStopsAndStillWritesTheProducts) {
+  Words words = simulated();
+  words.insert(words.begin(), "run");
+  words.insert(words.end(), {"--folder", folder_.file("maps"), "--iterations", "1000000"});
+  const Program program(folder_, words);
+  // The last dirty map marks the end of the imaging.
+  while (program.running() && !test::exists(folder_.file("maps/MFS^dm1.exm")))
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  program.interrupt();
+  EXPECT_EQ(program.wait(), 0) << program.err();
+  EXPECT_NE(program.out().find("CLEAN stopped after"), std::string::npos) << program.out();
+  LoadedMap map;
+  EXPECT_TRUE(readMap(folder_.file("maps/MFS^cln0.exm"), map).ok());
+  EXPECT_TRUE(readMap(folder_.file("maps/MFS^sindex.exm"), map).ok());
+  EXPECT_TRUE(leftovers().empty());
+}
+
+TEST_F(CommandLineTest, InterruptWhileImagingCancelsAndSaysWhatWasKept) {
+  // Enough visibilities for the gridding to be under way when the interrupt comes.
+  Words words = simulated("4");
+  words.insert(words.begin(), "run");
+  words.insert(words.end(), {"--folder", folder_.file("maps"), "--kernel", "gauss", "--kernel-width", "8,8"});
+  std::filesystem::create_directories(folder_.file("maps"));
+  const Program program(folder_, words);
+  std::this_thread::sleep_for(std::chrono::milliseconds(400));
+  program.interrupt();
+  EXPECT_EQ(program.wait(), 1);
+  EXPECT_NE(program.err().find("cancelled"), std::string::npos) << program.err();
+  EXPECT_NE(program.out().find("no product was written"), std::string::npos) << program.out();
+  EXPECT_TRUE(std::filesystem::is_empty(folder_.file("maps")));
+}
+
+TEST_F(CommandLineTest, InfoDescribesFilesAndMaps) {
+  const Words files = simulated();
+  ASSERT_EQ(runOn(files, {"--iterations", "5"}), 0) << err_;
+  ASSERT_EQ(run({"info", "--json", files[0], folder_.file("maps/MFS^cln0.exm")}), 0) << err_;
+  const auto json = nlohmann::json::parse(out_);
+  EXPECT_EQ(json["files"][0]["type"], "uvx");
+  EXPECT_EQ(json["files"][0]["bands"].size(), 2u);
+  EXPECT_EQ(json["files"][0]["bands"][0]["rejected_share"], 0.0);
+  EXPECT_EQ(json["files"][1]["type"], "map");
+  EXPECT_EQ(json["files"][1]["columns"], 256);
+  EXPECT_EQ(json["files"][1]["source"], "sky");
+}
+
+}  // namespace
+}  // namespace lumo

@@ -1,0 +1,311 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <numbers>
+#include <random>
+
+#include "RunSample.h"
+#include "clean/HeadlessCleanWatcher.h"
+#include "core/Units.h"
+#include "run/RunDriver.h"
+#include "support/TempFolder.h"
+
+namespace lumo {
+namespace {
+
+using test::TempFolder;
+using test::UvxSample;
+using test::writeUvx;
+using testing::ElementsAre;
+
+constexpr int kColumns = 32;
+constexpr int kRows = 16;
+constexpr double kFlux = 2.0;
+constexpr double kIndex = -0.7;
+constexpr double kReferenceMhz = 1500;
+constexpr double kLargestUv = 0x1p-17;  // seconds
+constexpr int kEast = 3;                // the source's offset in pixels
+constexpr int kNorth = -2;
+
+class TextRecorder : public StatusText {
+ public:
+  void setText(std::string_view text) override { last = text; }
+  std::string last;
+};
+
+// A point source with a power-law spectrum, three pixels east and two south of the phase centre, seen on a
+// disc of uv points at 1.4, 1.5 and 1.6 GHz.
+class RunDriverTest : public testing::Test {
+ protected:
+  RunDriverTest() : watcher(&cancel, nullptr, nullptr) {
+    parameters.referenceMhz = kReferenceMhz;
+    parameters.iterations = 150;
+    parameters.folder = work.path();
+    // The pixel is 206265 / (2 uvLimit uvScale) arcseconds, uvScale being the largest |u| in wavelengths.
+    const double pixel = 1.0 / (2 * ABMakeParameters::kDefaultUvLimit * kLargestUv * 1.6e9);  // radians
+    std::mt19937 random(11);
+    std::uniform_real_distribution<double> inside(-kLargestUv, kLargestUv);
+    UvxSample sample;
+    sample.points = {{kLargestUv, 0}, {0, kLargestUv}};
+    while (sample.points.size() < 400) {
+      const UvxSample::Point point{inside(random), inside(random)};
+      if (std::hypot(point.u, point.v) < kLargestUv) sample.points.push_back(point);
+    }
+    sample.visibility = [pixel](double u, double v, double frequency) {
+      const double flux = kFlux * std::pow(frequency / (kReferenceMhz * 1e6), kIndex);
+      return std::polar(flux, 2 * std::numbers::pi * (u * kEast + v * kNorth) * pixel);
+    };
+    sample.selections = {{1, {1.4e9}}, {2, {1.5e9}}};
+    writeUvx(data.file("low.uvx"), sample);
+    sample.selections = {{1, {1.6e9}}};
+    writeUvx(data.file("high.uvx"), sample);
+    files.AddFile(data.file("low.uvx"));
+    files.AddFile(data.file("high.uvx"));
+    files.imaging().halfSizeX = kColumns;
+    files.imaging().halfSizeY = kRows;
+  }
+  RunReport run() {
+    RunCompany company;
+    company.indicators = {.cancel = &cancel, .statusText = &text};
+    company.clean = &watcher;
+    company.discardAreas = [this] { ++discarded; };
+    return RunDriver(company).Run(parameters, files);
+  }
+  [[nodiscard]] LoadedMap load(const std::string& suffix) const {
+    LoadedMap map;
+    EXPECT_TRUE(readMap(work.file("MFS" + suffix), map).ok()) << suffix;
+    return map;
+  }
+  static std::vector<std::string> names(const RunReport& report) {
+    std::vector<std::string> result;
+    for (const RunProduct& product : report.products) result.push_back(product.name);
+    return result;
+  }
+
+  TempFolder data;
+  TempFolder work;
+  RunParameters parameters;
+  UvxFileList files;
+  CancelFlag cancel{0};
+  HeadlessCleanWatcher watcher;
+  TextRecorder text;
+  int discarded = 0;
+};
+
+TEST_F(RunDriverTest, ARunOfTwoTermsWritesEveryProductAndReportsThemInOrder) {
+  const RunReport report = run();
+  ASSERT_TRUE(report.status.ok()) << report.status.text();
+  EXPECT_THAT(names(report), ElementsAre("^bm0.exm", "^bm1.exm", "^bm2.exm", "^dm0.exm", "^dm1.exm",
+                                         "^residual0.exm", "^cln0.exm", "^cln_res0.exm", "^cln1.exm",
+                                         "^cln_res1.exm", "^freqrange.txt", "^sindex.exm"));
+  for (const RunProduct& product : report.products) {
+    EXPECT_TRUE(product.written) << product.path << product.why;
+    EXPECT_EQ(product.path, work.path() + "MFS" + product.name);
+    EXPECT_TRUE(test::exists(product.path)) << product.path;
+  }
+  EXPECT_EQ(report.iterations, 150);
+  EXPECT_FALSE(report.stopped);
+  EXPECT_EQ(report.survey.number, 3);
+  EXPECT_EQ(text.last, "Success");
+  EXPECT_EQ(discarded, 1);
+  EXPECT_DOUBLE_EQ(report.largestFrequencyOffset, std::abs(1.4e9 / 1.5e9 - 1));
+  ASSERT_FALSE(report.phases.empty());
+  EXPECT_EQ(report.phases.back().first, "other");
+}
+
+TEST_F(RunDriverTest, FindsTheFluxPlaceAndSpectralIndexOfAPointSource) {
+  const RunReport report = run();
+  ASSERT_TRUE(report.status.ok()) << report.status.text();
+  // The pill-box kernel dims a source at (x, y) pixels by sinc(x / 64) sinc(y / 32): 1% at this place.
+  EXPECT_NEAR(report.totalFlux, kFlux, 0.02 * kFlux);
+  const LoadedMap clean = load("^cln0.exm");
+  const LoadedMap index = load("^sindex.exm");
+  ASSERT_EQ(clean.matrix->rows(), static_cast<std::uint32_t>(kRows));
+  ASSERT_EQ(clean.matrix->columns(), static_cast<std::uint32_t>(kColumns));
+  std::uint32_t peakRow = 0, peakColumn = 0;
+  for (std::uint32_t row = 0; row < kRows; ++row)
+    for (std::uint32_t column = 0; column < kColumns; ++column)
+      if ((*clean.matrix)(row, column) > (*clean.matrix)(peakRow, peakColumn))
+        peakRow = row, peakColumn = column;
+  EXPECT_EQ(peakRow, static_cast<std::uint32_t>(kRows / 2 + kNorth));
+  EXPECT_EQ(peakColumn, static_cast<std::uint32_t>(kColumns / 2 + kEast));
+  // Over +-7% in frequency a straight line through (nu/nu0)^-0.7 differs in slope by about 0.7 * 1.7 * 2.7 /
+  // 6 * f^2.
+  EXPECT_NEAR((*index.matrix)(peakRow, peakColumn), kIndex, 0.02);
+  EXPECT_EQ(index.header.Unit(), "Sp. Index");
+  EXPECT_EQ(index.range, clean.range);
+  EXPECT_EQ(index.header.frequency, kReferenceMhz * 1e6);
+}
+
+TEST_F(RunDriverTest, ThresholdAndRangeOfTheIndexMapHold) {
+  parameters.indexThreshold = 0.3;
+  parameters.indexMin = -0.8;
+  parameters.indexMax = -0.6;
+  ASSERT_TRUE(run().status.ok());
+  const LoadedMap zero = load("^cln0.exm");
+  const LoadedMap first = load("^cln1.exm");
+  const LoadedMap index = load("^sindex.exm");
+  int kept = 0;
+  for (std::size_t i = 0; i < zero.matrix->size(); ++i) {
+    const float flux = zero.matrix->data()[i];
+    const float ratio = first.matrix->data()[i] / flux;
+    const bool keep = std::abs(flux) >= 0.3 * zero.range.vMax && ratio <= -0.6 && ratio >= -0.8;
+    if (keep) {
+      ++kept;
+      EXPECT_EQ(index.matrix->data()[i], ratio) << i;
+    } else {
+      EXPECT_TRUE(std::isnan(index.matrix->data()[i])) << i;
+    }
+  }
+  EXPECT_GT(kept, 0);
+  EXPECT_LT(kept, kRows * kColumns / 2);
+}
+
+TEST_F(RunDriverTest, OrderOneHasNoIndexMapAndItsFrequencyLineEndsWithOne) {
+  test::writeFile(work.file("MFS^sindex.exm"), "of an earlier run");
+  parameters.order = 1;
+  const RunReport report = run();
+  ASSERT_TRUE(report.status.ok()) << report.status.text();
+  EXPECT_FALSE(test::exists(work.file("MFS^sindex.exm")));
+  EXPECT_EQ(test::readFile(work.file("MFS^freqrange.txt")), "1.4e+09 1.6e+09 1\n");
+  EXPECT_THAT(names(report), ElementsAre("^bm0.exm", "^dm0.exm", "^residual0.exm", "^cln0.exm",
+                                         "^cln_res0.exm", "^freqrange.txt"));
+  EXPECT_NE(text.last, "Success");
+}
+
+TEST_F(RunDriverTest, TheMapsTellHowTheyWereMade) {
+  ASSERT_TRUE(run().status.ok());
+  for (const char* suffix : {"^dm0.exm", "^cln1.exm", "^sindex.exm"}) {
+    const std::vector<std::string> history = load(suffix).header.history;
+    EXPECT_THAT(history, testing::Contains("ITER = 150")) << suffix;
+    EXPECT_THAT(history, testing::Contains("UVX1 = " + data.file("high.uvx"))) << suffix;
+    EXPECT_THAT(history, testing::Contains("uvLimitU = 2")) << suffix;
+  }
+}
+
+TEST_F(RunDriverTest, InvalidParametersTouchNothing) {
+  test::writeFile(work.file("MFS^cln0.exm"), "of an earlier run");
+  parameters.order = 4;
+  const RunReport report = run();
+  EXPECT_EQ(report.status.code(), StatusCode::kInvalidValue);
+  EXPECT_TRUE(report.products.empty());
+  EXPECT_EQ(test::readFile(work.file("MFS^cln0.exm")), "of an earlier run");
+  EXPECT_EQ(discarded, 0);
+}
+
+TEST_F(RunDriverTest, AnInputThatCannotBeUsedTouchesNothing) {
+  test::writeFile(work.file("MFS^cln0.exm"), "of an earlier run");
+  std::filesystem::remove(data.file("high.uvx"));
+  const RunReport report = run();
+  EXPECT_EQ(report.status.code(), StatusCode::kNotFound);
+  EXPECT_EQ(report.status.file(), data.file("high.uvx"));
+  EXPECT_EQ(test::readFile(work.file("MFS^cln0.exm")), "of an earlier run");
+}
+
+TEST_F(RunDriverTest, ARunWithoutFilesEndsSilentlyAfterRemovingOldProducts) {
+  files.DeleteFile();
+  files.DeleteFile();
+  test::writeFile(work.file("MFS^cln0.exm"), "of an earlier run");
+  parameters.order = 1;
+  parameters.referenceMhz = files.frequencies().centerMhz();
+  const RunReport report = run();
+  EXPECT_TRUE(report.status.ok()) << report.status.text();
+  EXPECT_TRUE(report.products.empty());
+  EXPECT_FALSE(test::exists(work.file("MFS^cln0.exm")));
+}
+
+// Cancels as soon as the imaging shows its first text, the checks being done.
+class Canceller : public StatusText {
+ public:
+  explicit Canceller(CancelFlag& flag) : flag_(flag) {}
+  void setText(std::string_view) override { flag_ = 1; }
+
+ private:
+  CancelFlag& flag_;
+};
+
+TEST_F(RunDriverTest, ACancelWhileImagingEndsTheRunWithTheOldProductsGone) {
+  test::writeFile(work.file("MFS^cln0.exm"), "of an earlier run");
+  Canceller canceller(cancel);
+  RunCompany company;
+  company.indicators = {.cancel = &cancel, .statusText = &canceller};
+  company.clean = &watcher;
+  const RunReport report = RunDriver(company).Run(parameters, files);
+  EXPECT_EQ(report.status.code(), StatusCode::kCancelled);
+  EXPECT_FALSE(test::exists(work.file("MFS^cln0.exm")));
+  EXPECT_FALSE(test::exists(work.file("MFS^freqrange.txt")));
+}
+
+// Stops the worker before its first iteration.
+class Stopper : public CleanWatcher {
+ public:
+  void watch(CleanWorker& worker, const CleanScene& scene) override {
+    worker.stop();
+    EXPECT_TRUE(worker.start(scene.priority()).ok());
+    worker.wait();
+  }
+};
+
+TEST_F(RunDriverTest, AStoppedCleanStillWritesItsProducts) {
+  Stopper stopper;
+  RunCompany company;
+  company.clean = &stopper;
+  const RunReport report = RunDriver(company).Run(parameters, files);
+  ASSERT_TRUE(report.status.ok()) << report.status.text();
+  EXPECT_TRUE(report.stopped);
+  EXPECT_EQ(report.iterations, 0);
+  EXPECT_EQ(report.products.size(), 12u);
+  const LoadedMap index = load("^sindex.exm");
+  for (std::size_t i = 0; i < index.matrix->size(); ++i) ASSERT_TRUE(std::isnan(index.matrix->data()[i]));
+}
+
+TEST_F(RunDriverTest, AProductThatCannotBeWrittenIsReportedAfterTheOthers) {
+  std::filesystem::create_directory(work.file("MFS^residual0.exm"));
+  const RunReport report = run();
+  EXPECT_EQ(report.status.code(), StatusCode::kWriteFailed);
+  EXPECT_EQ(report.status.file(), work.file("MFS^residual0.exm"));
+  ASSERT_EQ(report.products.size(), 12u);
+  for (const RunProduct& product : report.products) {
+    EXPECT_EQ(product.written, product.name != "^residual0.exm") << product.name;
+    EXPECT_EQ(product.why.empty(), product.written);
+  }
+}
+
+TEST_F(RunDriverTest, AnIndexMapIsNotMadeFromACleanMapThatWasNotWritten) {
+  std::filesystem::create_directories(work.file("MFS^cln1.exm/stays"));
+  const RunReport report = run();
+  EXPECT_EQ(report.status.file(), work.file("MFS^cln1.exm"));
+  ASSERT_EQ(report.products.back().name, "^sindex.exm");
+  EXPECT_FALSE(report.products.back().written);
+  EXPECT_NE(text.last, "Success");
+}
+
+TEST_F(RunDriverTest, WithAnEmptyPrefixAndFolderZeroTheProductsLieInTheCurrentFolder) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(work.path());
+  parameters.folder = "0";
+  parameters.prefix = "";
+  const RunReport report = run();
+  std::filesystem::current_path(before);
+  EXPECT_TRUE(report.status.ok()) << report.status.text();
+  EXPECT_TRUE(test::exists(work.file("0^cln0.exm")));
+  EXPECT_TRUE(test::exists(work.file("0^freqrange.txt")));
+}
+
+TEST_F(RunDriverTest, MasksOfOtherLengthsThanTheTablesAreNoDanger) {
+  AObjArray<ABitArray> masks(1);
+  masks[0] = ABitArray(40);
+  masks[0] = 1;
+  files.replaceSelections(masks);
+  files.imaging().halfSizeX = kColumns;
+  files.imaging().halfSizeY = kRows;
+  const RunReport report = run();
+  EXPECT_TRUE(report.status.ok()) << report.status.text();
+  EXPECT_EQ(report.survey.number, 2) << "the first file's two selections";
+}
+
+}  // namespace
+}  // namespace lumo
