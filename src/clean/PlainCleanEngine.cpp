@@ -14,8 +14,9 @@ void PlainCleanEngine::prepare() {
   solution_.assign(static_cast<std::size_t>(terms()), 0.0);
 }
 
+template <int kTerms>
 double PlainCleanEngine::solve(std::size_t offset) {
-  const std::int32_t count = terms();
+  const std::int32_t count = kTerms != 0 ? kTerms : terms();
   const double* const inverse = beamMatrix().inverse().data();
   const float* const* const maps = mapData_.data();
   double* const r = pixel_.data();
@@ -32,7 +33,9 @@ double PlainCleanEngine::solve(std::size_t offset) {
   return sum;
 }
 
-bool PlainCleanEngine::search(double gain, CleanStep& step) {
+template <int kTerms>
+bool PlainCleanEngine::searchTerms(double gain, CleanStep& step) {
+  const std::int32_t count = kTerms != 0 ? kTerms : terms();
   const std::uint32_t rows = residuals()[0]->rows();
   const std::uint32_t columns = residuals()[0]->columns();
   const float* const intensity = components()[0].data();
@@ -48,7 +51,7 @@ bool PlainCleanEngine::search(double gain, CleanStep& step) {
   std::size_t offset = 0;
   for (std::uint32_t row = 0; row < rows; ++row) {
     for (std::uint32_t column = 0; column < columns; ++column, ++offset) {
-      double score = solve(offset) * scale;
+      double score = solve<kTerms>(offset) * scale;
       const double current = static_cast<double>(intensity[offset]);
       const double tentative = a[0] * gain + current;
       double factor = 0.0;
@@ -63,14 +66,15 @@ bool PlainCleanEngine::search(double gain, CleanStep& step) {
       step.row = row;
       step.column = column;
       step.score = score;
-      for (std::int32_t j = 0; j < terms(); ++j)
+      for (std::int32_t j = 0; j < count; ++j)
         step.increments[static_cast<std::size_t>(j)] = gain * a[j] - factor * v[j];
     }
   }
   return found;
 }
 
-void PlainCleanEngine::subtract(const CleanStep& step) {
+template <int kTerms>
+void PlainCleanEngine::subtractTerms(const CleanStep& step) {
   const std::int64_t rows = residuals()[0]->rows();
   const std::int64_t columns = residuals()[0]->columns();
   const std::int64_t beamRows = beams()[0]->rows();
@@ -91,15 +95,18 @@ void PlainCleanEngine::subtract(const CleanStep& step) {
     }
     const auto map = static_cast<std::size_t>(row * columns);
     const auto beam = static_cast<std::size_t>(beamRow * beamColumns);
-    subtractRun(step, map, beam + static_cast<std::size_t>(startColumn), static_cast<std::size_t>(cut));
-    subtractRun(step, map + static_cast<std::size_t>(cut), beam, static_cast<std::size_t>(columns - cut));
+    subtractRun<kTerms>(step, map, beam + static_cast<std::size_t>(startColumn),
+                        static_cast<std::size_t>(cut));
+    subtractRun<kTerms>(step, map + static_cast<std::size_t>(cut), beam,
+                        static_cast<std::size_t>(columns - cut));
   }
 }
 
+template <int kTerms>
 void PlainCleanEngine::subtractRun(const CleanStep& step, std::size_t mapOffset, std::size_t beamOffset,
                                    std::size_t pixels) {
   const double* const increments = step.increments.data();
-  const std::int32_t count = terms();
+  const std::int32_t count = kTerms != 0 ? kTerms : terms();
   // The maps do not depend on each other, so each takes its whole run at once.
   for (std::int32_t k = 0; k < count; ++k) {
     float* const map = mapData_[static_cast<std::size_t>(k)] + mapOffset;
@@ -112,6 +119,36 @@ void PlainCleanEngine::subtractRun(const CleanStep& step, std::size_t mapOffset,
       }
       map[i] = value;
     }
+  }
+}
+
+bool PlainCleanEngine::search(double gain, CleanStep& step) {
+  switch (terms()) {
+    case 1:
+      return searchTerms<1>(gain, step);
+    case 2:
+      return searchTerms<2>(gain, step);
+    case 3:
+      return searchTerms<3>(gain, step);
+    case 4:
+      return searchTerms<4>(gain, step);
+    default:
+      return searchTerms<0>(gain, step);
+  }
+}
+
+void PlainCleanEngine::subtract(const CleanStep& step) {
+  switch (terms()) {
+    case 1:
+      return subtractTerms<1>(step);
+    case 2:
+      return subtractTerms<2>(step);
+    case 3:
+      return subtractTerms<3>(step);
+    case 4:
+      return subtractTerms<4>(step);
+    default:
+      return subtractTerms<0>(step);
   }
 }
 
