@@ -7,7 +7,7 @@ namespace lumo {
 namespace {
 
 /// One image of 2 Ny = 2 Nx = range(0) rows and columns.
-void transformGrid(benchmark::State& state) {
+void BM_FourierTransform_Grid(benchmark::State& state) {
   const auto size = static_cast<std::uint32_t>(state.range(0));
   AMatrix<Complex> filled(size, size / 2 + 1);
   for (std::size_t i = 0; i < filled.size(); ++i)
@@ -22,7 +22,7 @@ void transformGrid(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(size) * size);
 }
-BENCHMARK(transformGrid)->ArgName("size")->Arg(512)->Arg(1024)->Arg(2048)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_FourierTransform_Grid)->ArgName("size")->Arg(512)->Arg(1024)->Arg(2048)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace lumo

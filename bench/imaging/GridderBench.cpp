@@ -74,7 +74,7 @@ class TrackFile {
 };
 
 /// Visibilities (group times IF) per second.
-void gridTracks(benchmark::State& state) {
+void BM_Gridder_Tracks(benchmark::State& state) {
   ABMakeParameters parameters;
   const auto order = static_cast<std::int32_t>(state.range(0));
   parameters.kernelType = static_cast<std::int32_t>(state.range(1));
@@ -94,7 +94,7 @@ void gridTracks(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * kGroups * static_cast<std::int64_t>(ifs));
 }
-BENCHMARK(gridTracks)
+BENCHMARK(BM_Gridder_Tracks)
     ->ArgNames({"order", "kernel", "ifs", "half-size"})
     ->ArgsProduct({{1, 2, 4}, {kKernelPillBox, kKernelGauss}, {1, 8}, {256, 1024}})
     ->Unit(benchmark::kMillisecond);
