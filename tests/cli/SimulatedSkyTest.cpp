@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "ComponentProbe.h"
 #include "clean/HeadlessCleanWatcher.h"
 #include "convert/AntennaArray.h"
 #include "convert/Simulator.h"
 #include "convert/SkyModel.h"
 #include "core/Units.h"
-#include "ComponentProbe.h"
 #include "io/MapProduct.h"
 #include "run/RunDriver.h"
 #include "run/UvxFileList.h"
