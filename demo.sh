@@ -7,9 +7,8 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 tools/install-packages.sh build
-cmake --preset demo >build-demo.log 2>&1 || { cat build-demo.log; exit 1; }
+cmake --preset demo
 cmake --build --preset demo --parallel "$(nproc)"
-rm -f build-demo.log
 cli=build/demo/src/cli/lumo-cli
 
 rm -rf demo-out

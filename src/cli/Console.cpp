@@ -5,11 +5,12 @@
 #include <cstdio>
 
 #include "cli/Command.h"
+#include "core/TextForm.h"
 
 namespace lumo {
 
 void complain(const std::string& text) {
-  std::fprintf(stderr, "lumo-cli: %s\n", text.c_str());
+  std::fprintf(stderr, "lumo-cli: %s\n", printable(text).c_str());
 }
 
 int reportFailure(const Status& status) {

@@ -2,12 +2,14 @@
 #include "cli/ImportCommand.h"
 
 #include <cstdio>
+#include <filesystem>
 
 #include "cli/BandTable.h"
 #include "cli/Console.h"
 #include "cli/Interrupt.h"
 #include "cli/TerminalProgress.h"
 #include "convert/UvfitsImporter.h"
+#include "core/TextForm.h"
 
 namespace lumo {
 
@@ -17,7 +19,7 @@ void print(const ImportReport& report) {
   for (const ImportedFile& file : report.files) {
     std::printf("%s -> %s\n", report.input.c_str(), file.path.c_str());
     std::printf("  source %s, %llu records (%llu flagged), %u IFs x %u channels x %u products\n",
-                file.source.c_str(), static_cast<unsigned long long>(file.records),
+                printable(file.source).c_str(), static_cast<unsigned long long>(file.records),
                 static_cast<unsigned long long>(file.flaggedRecords), file.shape.ifs, file.shape.channels,
                 file.shape.products);
     printBands(file.bands);
@@ -25,7 +27,7 @@ void print(const ImportReport& report) {
   if (report.autocorrelations != 0)
     std::printf("  %llu autocorrelations left out\n",
                 static_cast<unsigned long long>(report.autocorrelations));
-  for (const std::string& note : report.notes) std::printf("  note: %s\n", note.c_str());
+  for (const std::string& note : report.notes) std::printf("  note: %s\n", printable(note).c_str());
   for (const std::string& warning : report.warnings) complain("warning: " + report.input + ": " + warning);
 }
 
@@ -47,7 +49,10 @@ int ImportCommand::run() {
     {
       TerminalProgress progress;
       progress.setText("Import " + input);
-      status = importUvfits(input, options_, progress.indicators(interruptFlag()), report);
+      status = std::filesystem::is_directory(input)
+                   ? Status(StatusCode::kUnsupported,
+                            "is a folder; Measurement Sets cannot be read yet, only UVFITS files", input)
+                   : importUvfits(input, options_, progress.indicators(interruptFlag()), report);
     }
     if (!status.ok()) {
       // One bad file does not keep the others from being imported; the exit status tells.

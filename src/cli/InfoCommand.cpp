@@ -7,6 +7,7 @@
 
 #include "cli/BandTable.h"
 #include "cli/Console.h"
+#include "core/TextForm.h"
 #include "io/AStokesMix.h"
 #include "io/AUVXFile.h"
 #include "io/AUVXHeader.h"
@@ -64,15 +65,15 @@ void printMap(const std::string& path, const LoadedMap& map) {
   const PixelSummary pixels(*map.matrix);
   const AMapHeader& h = map.header;
   std::printf("%s: map, %u columns x %u rows\n", path.c_str(), map.matrix->columns(), map.matrix->rows());
-  std::printf("  source %s at RA %.9g Dec %.9g deg, epoch %g, Stokes %s\n", h.sourceName.c_str(),
-              h.rightAscension, h.declination, h.epoch, h.stokes.c_str());
-  std::printf("  frequency %.9g MHz, unit '%s'\n", h.frequency * 1e-6, h.unit.c_str());
+  std::printf("  source %s at RA %.9g Dec %.9g deg, epoch %g, Stokes %s\n", printable(h.sourceName).c_str(),
+              h.rightAscension, h.declination, h.epoch, printable(h.stokes).c_str());
+  std::printf("  frequency %.9g MHz, unit '%s'\n", h.frequency * 1e-6, printable(h.unit).c_str());
   std::printf("  beam %.6g x %.6g arcsec at %.4g deg\n", h.beamMajor, h.beamMinor, h.beamPa);
   std::printf("  x %.6g .. %.6g, y %.6g .. %.6g arcsec\n", map.range.xMin, map.range.xMax, map.range.yMin,
               map.range.yMax);
   std::printf("  values %.6g .. %.6g, %zu blank pixels\n", static_cast<double>(pixels.min),
               static_cast<double>(pixels.max), pixels.blank);
-  for (const std::string& line : h.history) std::printf("  HISTORY %s\n", line.c_str());
+  for (const std::string& line : h.history) std::printf("  HISTORY %s\n", printable(line).c_str());
 }
 
 Json visibilityJson(const std::string& path, const AUVXFile& file, const UvxStatistics& statistics) {

@@ -19,8 +19,13 @@ extern "C" void onInterrupt(int number) {
 
 const CancelFlag& interruptFlag() {
   static_assert(CancelFlag::is_always_lock_free, "the handler must not wait for a lock");
-  std::signal(SIGINT, onInterrupt);
-  std::signal(SIGTERM, onInterrupt);
+  static const bool armed = [] {
+    for (const int number : {SIGINT, SIGTERM})
+      // Started in the background or under nohup, the program was told to ignore the signal.
+      if (std::signal(number, onInterrupt) == SIG_IGN) std::signal(number, SIG_IGN);
+    return true;
+  }();
+  static_cast<void>(armed);
   return flag;
 }
 

@@ -2,10 +2,12 @@
 #include "cli/RunCommand.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <iterator>
 #include <map>
 #include <set>
+#include <span>
 #include <system_error>
 
 #include "clean/HeadlessCleanWatcher.h"
@@ -14,6 +16,8 @@
 #include "cli/OptionText.h"
 #include "cli/RunOutput.h"
 #include "cli/TerminalProgress.h"
+#include "cli/TypeNames.h"
+#include "core/FileIdentity.h"
 #include "core/Paths.h"
 #include "core/TextForm.h"
 #include "run/RunDriver.h"
@@ -22,13 +26,16 @@ namespace lumo {
 
 namespace {
 
-using NamedTypes = std::map<std::string, std::int32_t>;
-
-const NamedTypes kWeightings = {{"natural", kNaturalWeighting}, {"uniform", kUniformWeighting}};
-const NamedTypes kKernels = {
-    {"pillbox", kKernelPillBox}, {"gauss", kKernelGauss}, {"lorentz", kKernelLorentz}, {"hat", kKernelHat}};
-const NamedTypes kTapers = {
-    {"none", kTaperNone}, {"gauss", kTaperGauss}, {"lorentz", kTaperLorentz}, {"th", kTaperTh}};
+/// Says what a result without finite numbers comes from: the engine itself never fails.
+void warnOfBeams(const RunReport& report) {
+  constexpr double largestSoundError = 1e-3;
+  if (report.iterations == 0) return;
+  if (std::isfinite(report.totalFlux) && report.inversionError < largestSoundError) return;
+  complain(
+      "warning: the beams cannot tell the spectral terms apart, so the maps mean nothing: the order is more "
+      "than "
+      "the frequencies can carry, or the loop gain made CLEAN diverge");
+}
 
 Status wrongUsage(const std::string& text) {
   return {StatusCode::kInvalidValue, text};
@@ -57,7 +64,9 @@ void RunCommand::declare(CLI::App& program) {
   command->add_option("--index-max", parameters_.indexMax, "index map: highest value")->capture_default_str();
   command
       ->add_option("--select", selections_, "FILE_NUMBER:ID[,ID...] or FILE_NUMBER:none; files count from 1")
-      ->take_all();
+      ->expected(1)
+      ->take_all()
+      ->allow_extra_args(false);
   declareImaging(*command);
   command->add_option("--threads", threads_, "threads at most, 0: all cores; every stage uses one at present")
       ->check(CLI::NonNegativeNumber);
@@ -68,11 +77,12 @@ void RunCommand::declareImaging(CLI::App& command) {
   command.add_option("--half-size", halfSize_,
                      "map columns NX[,rows NY]; 16, 256, 512 or 1024 for square maps");
   command.add_option("--uv-limit", uvLimit_, "U[,V]: reach of the uv grid in units of the data's; default 2");
-  command.add_option("--shift", shift_, "X,Y: arcseconds east and north");
+  command.add_option("--shift", shift_, "X,Y: centre of the map, arcseconds east and north; default 0,0");
   command.add_option("--weighting", weighting_, "natural or uniform")->capture_default_str();
-  command.add_option("--uniform-box", uniformBox_, "U,V: 1/cells of a uniform block; 0: the whole grid");
+  command.add_option("--uniform-box", uniformBox_,
+                     "U,V: 1/cells of a uniform block, 0: the whole grid; default 1,1");
   command.add_option("--kernel", kernel_, "pillbox, gauss, lorentz or hat")->capture_default_str();
-  command.add_option("--kernel-width", kernelWidth_, "U,V: cells");
+  command.add_option("--kernel-width", kernelWidth_, "U,V: cells; default 1,1");
   command.add_option("--taper", taper_, "none, gauss, lorentz or th")->capture_default_str();
   command.add_option("--taper-width", taperWidth_, "U,V: wavelengths");
   command.add_option("--taper-param", taperParam_, "P3,P4 of the th taper");
@@ -80,27 +90,33 @@ void RunCommand::declareImaging(CLI::App& command) {
 }
 
 Status RunCommand::prepare() {
+  if (parameters_.folder.empty()) return wrongUsage("--folder is empty; give the folder for the products");
   parameters_.folder = withSeparator(parameters_.folder);
-  ABMakeParameters imaging;
-  Status status = takeImagingOptions(imaging);
-  if (status.ok()) status = imaging.validate();
+  Status status = takeImagingOptions();
+  if (status.ok()) status = checkOptionsHaveEffect();
+  if (status.ok()) status = imaging_.validate();
   if (status.ok()) status = addFiles();
   if (status.ok()) status = applySelections();
   if (status.ok()) status = takeReference();
   if (status.ok()) status = problemStatus(validateRunParameters(parameters_, list_.frequencies()));
   if (!status.ok()) return status;
   // The survey put the extents of the data into the list's block; the rest comes from the options.
-  imaging.uvScaleU = list_.imaging().uvScaleU;
-  imaging.uvScaleV = list_.imaging().uvScaleV;
-  list_.imaging() = imaging;
+  imaging_.uvScaleU = list_.imaging().uvScaleU;
+  imaging_.uvScaleV = list_.imaging().uvScaleV;
+  list_.imaging() = imaging_;
   return makeFolder();
 }
 
 Status RunCommand::addFiles() {
   const auto failures = list_.AddFiles(files_);
   if (!failures.empty()) return failures.front();
-  if (list_.inputs().count() != static_cast<std::int32_t>(files_.size()))
-    return wrongUsage("a file is given twice; each can be used once");
+  // Weighing a file twice would be silent; comparing files and not names finds links and other spellings.
+  std::set<FileIdentity> seen;
+  for (const std::string& file : files_) {
+    FileIdentity identity;
+    if (identifyFile(file, identity) && !seen.insert(identity).second)
+      return wrongUsage("file " + file + " is given twice; each can be used once");
+  }
   return {};
 }
 
@@ -112,7 +128,8 @@ Status RunCommand::applySelections() {
     const Status status = parseSelection(text, selection);
     if (!status.ok()) return status;
     if (selection.file < 1 || selection.file > list_.inputs().count())
-      return wrongUsage("--select " + text + ": there is no file number " + std::to_string(selection.file));
+      return wrongUsage("--select " + text + ": there is no file number " + std::to_string(selection.file) +
+                        "; " + std::to_string(list_.inputs().count()) + " are given");
     std::set<int>& chosen = wanted[selection.file];
     const AUVXFqTbl& table = list_.inputs().tables[static_cast<std::int32_t>(selection.file - 1)];
     for (const std::int64_t id : selection.ids) {
@@ -141,31 +158,43 @@ Status RunCommand::takeReference() {
   return {};
 }
 
-Status RunCommand::takeImagingOptions(ABMakeParameters& imaging) const {
-  const auto choose = [](const char* option, const NamedTypes& types, const std::string& text,
+Status RunCommand::takeImagingOptions() {
+  const auto choose = [](const char* option, std::span<const TypeName> names, const std::string& text,
                          std::int32_t& value) {
-    const auto found = types.find(text);
-    if (found == types.end()) return wrongUsage(std::string(option) + " " + text + ": unknown");
-    value = found->second;
-    return Status();
+    if (valueOf(names, text, value)) return Status();
+    return wrongUsage(std::string(option) + " " + text + ": expected " + listed(names));
   };
   const auto pair = [](const char* option, const std::string& text, double& a, double& b) {
     return text.empty() ? Status() : parsePair(option, text, a, b);
   };
-  Status status = choose("--weighting", kWeightings, weighting_, imaging.weightingMode);
-  if (status.ok()) status = choose("--kernel", kKernels, kernel_, imaging.kernelType);
-  if (status.ok()) status = choose("--taper", kTapers, taper_, imaging.taperType);
+  ABMakeParameters& p = imaging_;
+  Status status = choose("--weighting", kWeightingNames, weighting_, p.weightingMode);
+  if (status.ok()) status = choose("--kernel", kKernelNames, kernel_, p.kernelType);
+  if (status.ok()) status = choose("--taper", kTaperNames, taper_, p.taperType);
   if (status.ok() && !halfSize_.empty())
-    status = parseWholeNumbers("--half-size", halfSize_, imaging.halfSizeX, imaging.halfSizeY);
+    status = parseWholeNumbers("--half-size", halfSize_, p.halfSizeX, p.halfSizeY);
   if (status.ok() && !uvLimit_.empty())
-    status = parseNumberOrPair("--uv-limit", uvLimit_, imaging.uvLimitU, imaging.uvLimitV);
-  if (status.ok()) status = pair("--shift", shift_, imaging.shiftX, imaging.shiftY);
-  if (status.ok()) status = pair("--uniform-box", uniformBox_, imaging.uniformBoxU, imaging.uniformBoxV);
-  if (status.ok()) status = pair("--kernel-width", kernelWidth_, imaging.kernelWidthU, imaging.kernelWidthV);
-  if (status.ok()) status = pair("--taper-width", taperWidth_, imaging.taperWidthU, imaging.taperWidthV);
-  if (status.ok()) status = pair("--taper-param", taperParam_, imaging.taperParam3, imaging.taperParam4);
-  imaging.useVisWeights = noVisWeights_ ? 0 : 1;
+    status = parseNumberOrPair("--uv-limit", uvLimit_, p.uvLimitU, p.uvLimitV);
+  if (status.ok()) status = pair("--shift", shift_, p.shiftX, p.shiftY);
+  if (status.ok()) status = pair("--uniform-box", uniformBox_, p.uniformBoxU, p.uniformBoxV);
+  if (status.ok()) status = pair("--kernel-width", kernelWidth_, p.kernelWidthU, p.kernelWidthV);
+  if (status.ok()) status = pair("--taper-width", taperWidth_, p.taperWidthU, p.taperWidthV);
+  if (status.ok()) status = pair("--taper-param", taperParam_, p.taperParam3, p.taperParam4);
+  p.useVisWeights = noVisWeights_ ? 0 : 1;
   return status;
+}
+
+Status RunCommand::checkOptionsHaveEffect() const {
+  const ABMakeParameters& p = imaging_;
+  if (p.taperType == kTaperNone && !(taperWidth_.empty() && taperParam_.empty()))
+    return wrongUsage("--taper-width and --taper-param need a --taper other than none");
+  if (p.taperType != kTaperNone && taperWidth_.empty())
+    return wrongUsage("--taper " + taper_ + " needs --taper-width: without it nothing is tapered");
+  if (p.weightingMode != kUniformWeighting && !uniformBox_.empty())
+    return wrongUsage("--uniform-box needs --weighting uniform");
+  if (p.kernelType == kKernelPillBox && !kernelWidth_.empty())
+    return wrongUsage("--kernel-width needs a --kernel other than pillbox, whose width is one cell");
+  return {};
 }
 
 Status RunCommand::makeFolder() const {
@@ -179,6 +208,7 @@ int RunCommand::run() {
   const CancelFlag& interrupt = interruptFlag();
   RunReport report;
   report.status = prepare();
+  report.survey = list_.frequencies();
   const bool usage = report.status.code() == StatusCode::kInvalidValue && report.status.file().empty();
   if (report.status.ok()) {
     TerminalProgress progress;
@@ -187,9 +217,11 @@ int RunCommand::run() {
     company.indicators = progress.indicators(interrupt);
     company.clean = &watcher;
     report = RunDriver(company).Run(parameters_, list_);
+    imaging_ = list_.imaging();
   }
+  warnOfBeams(report);
   if (json_)
-    printJson(runJson(report, {parameters_, list_.imaging()}));
+    printJson(runJson(report, {parameters_, imaging_}));
   else
     printRun(report);
   if (report.status.ok()) return kExitDone;

@@ -27,7 +27,8 @@ class RunCommand final : public Command {
   [[nodiscard]] Status addFiles();
   [[nodiscard]] Status applySelections();
   [[nodiscard]] Status takeReference();
-  [[nodiscard]] Status takeImagingOptions(ABMakeParameters& imaging) const;
+  [[nodiscard]] Status takeImagingOptions();
+  [[nodiscard]] Status checkOptionsHaveEffect() const;
   [[nodiscard]] Status makeFolder() const;
 
   std::vector<std::string> files_;
@@ -37,6 +38,7 @@ class RunCommand final : public Command {
   std::string halfSize_, uvLimit_, shift_, uniformBox_, kernelWidth_, taperWidth_, taperParam_;
   std::string weighting_ = "natural", kernel_ = "pillbox", taper_ = "none";
   bool noVisWeights_ = false;
+  ABMakeParameters imaging_;
   int threads_ = 0;
   bool json_ = false;
   UvxFileList list_;

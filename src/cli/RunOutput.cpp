@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "cli/TypeNames.h"
 #include "core/TextForm.h"
 
 namespace lumo {
@@ -14,7 +15,7 @@ Json settingsJson(const RunSettings& settings) {
   const ABMakeParameters& m = settings.imaging;
   return {{"folder", p.folder},
           {"prefix", p.prefix},
-          {"reference_mhz", finiteOrNull(p.referenceMhz)},
+          {"reference_mhz", p.referenceMhz > 0 ? finiteOrNull(p.referenceMhz) : Json(nullptr)},
           {"order", p.order},
           {"iterations", p.iterations},
           {"gain", p.gain},
@@ -27,11 +28,11 @@ Json settingsJson(const RunSettings& settings) {
           {"uv_limit", {m.uvLimitU, m.uvLimitV}},
           {"uv_scale", {finiteOrNull(m.uvScaleU), finiteOrNull(m.uvScaleV)}},
           {"shift_arcsec", {m.shiftX, m.shiftY}},
-          {"weighting", m.weightingMode == kUniformWeighting ? "uniform" : "natural"},
+          {"weighting", nameOf(kWeightingNames, m.weightingMode)},
           {"uniform_box", {m.uniformBoxU, m.uniformBoxV}},
-          {"kernel", m.kernelType},
+          {"kernel", nameOf(kKernelNames, m.kernelType)},
           {"kernel_width", {m.kernelWidthU, m.kernelWidthV}},
-          {"taper", m.taperType},
+          {"taper", nameOf(kTaperNames, m.taperType)},
           {"taper_width", {m.taperWidthU, m.taperWidthV}},
           {"taper_param", {m.taperParam3, m.taperParam4}},
           {"vis_weights", m.useVisWeights != 0}};
@@ -48,7 +49,9 @@ void printRun(const RunReport& report) {
   }
   if (report.status.code() == StatusCode::kCancelled) {
     if (written == 0)
-      std::printf("cancelled: no product was written\n");
+      std::printf(
+          "cancelled: no product was written; maps of an earlier run were removed before, if imaging "
+          "began\n");
     else
       std::printf("cancelled: the %zu products above were kept, whole; the rest was not made\n", written);
     return;
@@ -66,11 +69,12 @@ Json runJson(const RunReport& report, const RunSettings& settings) {
         {{"name", product.name}, {"path", product.path}, {"written", product.written}, {"why", product.why}});
   Json phases = Json::object();
   for (const auto& [name, seconds] : report.phases) phases[name] = seconds;
+  const bool surveyed = report.survey.number > 0;
   Json object{{"products", products},
               {"settings", settingsJson(settings)},
               {"survey",
-               {{"min_hz", finiteOrNull(report.survey.minHz)},
-                {"max_hz", finiteOrNull(report.survey.maxHz)},
+               {{"min_hz", surveyed ? finiteOrNull(report.survey.minHz) : Json(nullptr)},
+                {"max_hz", surveyed ? finiteOrNull(report.survey.maxHz) : Json(nullptr)},
                 {"number", report.survey.number}}},
               {"iterations", report.iterations},
               {"stopped", report.stopped},

@@ -30,7 +30,9 @@ void SimulateCommand::declare(CLI::App& program) {
       command->add_option("--declination", declination_, "degrees; instead of the sky model's");
   command->add_option("--noise", settings_.noiseJy, "Jy, standard deviation of real and imaginary part")
       ->capture_default_str();
-  command->add_option("--seed", settings_.seed, "of the noise")->capture_default_str();
+  command->add_option("--seed", settings_.seed, "of the noise")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
   command->add_option("--out", settings_.folder, "folder for the files")->required();
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <cstdio>
 #include <exception>
 #include <memory>
 #include <string>
@@ -52,7 +53,9 @@ int runProgram(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   try {
-    return runProgram(argc, argv);
+    const int status = runProgram(argc, argv);
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
+    lumo::complain("standard output could not be written");
   } catch (const std::bad_alloc&) {
     lumo::complain("out of memory");
   } catch (const std::exception& error) {

@@ -67,6 +67,13 @@ std::string toStr(std::int64_t value) {
   return std::to_string(value);
 }
 
+std::string printable(std::string_view text) {
+  std::string safe(text);
+  for (char& c : safe)
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
+  return safe;
+}
+
 double textToDouble(std::string_view text) {
   text = skipPlus(skipSpace(text));
   double value = 0.0;

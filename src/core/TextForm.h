@@ -18,6 +18,9 @@ namespace lumo {
 [[nodiscard]] std::string generalText(double value);
 [[nodiscard]] std::string toStr(std::int64_t value);
 
+/// The text with every control byte replaced by "?": what came from a file must not steer a terminal.
+[[nodiscard]] std::string printable(std::string_view text);
+
 /// Number at the start of the text after white space, 0 if there is none; what follows is ignored.
 [[nodiscard]] double textToDouble(std::string_view text);
 /// Integer at the start of the text after white space, 0 if there is none; clamped to the 32-bit range.

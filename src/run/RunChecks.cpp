@@ -13,6 +13,7 @@
 
 #include "core/AFile.h"
 #include "core/Crc32.h"
+#include "core/FileIdentity.h"
 #include "core/Paths.h"
 #include "core/TextForm.h"
 #include "io/AUVXSources.h"
@@ -24,15 +25,6 @@ namespace {
 
 constexpr std::int32_t kRemovedIndices = 20;
 constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
-
-using FileIdentity = std::pair<dev_t, ino_t>;
-
-bool identify(const std::string& path, FileIdentity& identity) {
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) return false;
-  identity = {info.st_dev, info.st_ino};
-  return true;
-}
 
 std::vector<std::string> productPaths(const RunParameters& p) {
   std::vector<std::string> paths = oldProductPaths(p);
@@ -53,9 +45,9 @@ Status checkNoInputIsProduct(const RunParameters& parameters, const VisibilityIn
   std::set<FileIdentity> products;
   FileIdentity identity;
   for (const std::string& path : productPaths(parameters))
-    if (identify(path, identity)) products.insert(identity);
+    if (identifyFile(path, identity)) products.insert(identity);
   for (const std::string& name : inputs.names)
-    if (identify(name, identity) && products.count(identity) != 0)
+    if (identifyFile(name, identity) && products.count(identity) != 0)
       return {
           StatusCode::kInvalidValue,
           "has the name of a product of this run, which would replace it; choose another prefix or folder",
@@ -147,7 +139,7 @@ std::vector<std::string> oldProductPaths(const RunParameters& p) {
 }
 
 void removeOldProducts(const RunParameters& parameters) {
-  for (const std::string& path : oldProductPaths(parameters)) std::remove(path.c_str());
+  for (const std::string& path : oldProductPaths(parameters)) ::unlink(path.c_str());
 }
 
 VisibilityInputs inStep(const VisibilityInputs& inputs) {

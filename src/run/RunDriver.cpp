@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "run/RunDriver.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <exception>
 #include <new>
 #include <utility>
@@ -67,7 +68,8 @@ Status RunDriver::runPhases(UvxFileList& files) {
   const ABMakeParameters imaging = files.imaging();
 
   if (Status status = image(imaging); !status.ok()) return status;
-  const Status cleaned = clean();
+  // Without all of its maps and beams CLEAN would take what an earlier run left under their names.
+  const Status cleaned = firstUnwritten_.ok() ? clean() : firstUnwritten_;
   report_.largestFrequencyOffset = largestFrequencyOffset(inputs_, report_.survey);
   writeFrequencyRange();
   finishIndexMap();
@@ -145,7 +147,7 @@ void RunDriver::finishIndexMap() {
                                  cleanName(parameters_.folder, parameters_.prefix, 1),
                                  indexName(parameters_.folder, parameters_.prefix)};
   if (parameters_.order == 1) {
-    std::remove(paths.index.c_str());
+    ::unlink(paths.index.c_str());
     return;
   }
   // A CLEAN map that could not be written now may still lie there from an earlier run.

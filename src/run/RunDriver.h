@@ -36,9 +36,10 @@ struct RunCompany {
 ///     no files: end
 ///     set the imaging block up from the first file
 ///     image: beams and dirty maps                        -- a failure or a cancel ends the run
-///     CLEAN: residual, CLEAN maps                        -- stopping is no failure; a failure does not end
-///     the run write the frequency range order 1: remove an old index map;  else: write the index map, status
-///     text "Success"
+///     CLEAN: residual, CLEAN maps                        -- stopping is no failure, and a failure goes on
+///     write the frequency range
+///     order 1: remove an old index map
+///     else: write the index map, status text "Success"
 ///
 /// The maps pass from stage to stage as files, so memory holds one stage's maps at a time. Used once.
 class RunDriver {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +17,7 @@
 
 #include "core/PendingFile.h"
 #include "io/MapProduct.h"
+#include "io/UvxSample.h"
 #include "support/TempFolder.h"
 
 namespace lumo {
@@ -68,13 +70,14 @@ class CommandLineTest : public testing::Test {
     return status;
   }
   /// Two bands of a small sky as files of the folder.
-  Words simulated(const std::string& interval = "600") {
+  Words simulated(const std::string& interval = "600", const std::string& channels = "1") {
     test::writeFile(folder_.file("sky.json"),
                     R"({"name": "sky", "ra_deg": 10, "dec_deg": 50, "reference_mhz": 5000, "components": [
                        {"name": "c", "type": "point", "east_mas": 0, "north_mas": 0, "flux_jy": 1, "index": -0.5}]})");
-    EXPECT_EQ(run({"simulate", "--sky", folder_.file("sky.json"), "--array", "vlba", "--bands", "4800,5200",
-                   "--ifs", "2", "--interval", interval, "--out", folder_.file("uvx")}),
-              0)
+    EXPECT_EQ(
+        run({"simulate", "--sky", folder_.file("sky.json"), "--array", "vlba", "--bands", "4800,5200",
+             "--ifs", "2", "--channels", channels, "--interval", interval, "--out", folder_.file("uvx")}),
+        0)
         << err_;
     Words files;
     for (const auto& entry : std::filesystem::directory_iterator(folder_.file("uvx")))
@@ -130,7 +133,7 @@ TEST_F(CommandLineTest, RefusedValuesExitWithTwoAndNameTheField) {
                                                             {{"--reference", "soon"}, "--reference"},
                                                             {{"--half-size", "300"}, "halfSizeX"},
                                                             {{"--half-size", "64"}, "halfSizeX"},
-                                                            {{"--uniform-box", "3,1"}, "uniformBoxU"},
+                                                            {{"--uniform-box", "3,1", "--weighting", "uniform"}, "uniformBoxU"},
                                                             {{"--uv-limit", "-1"}, "uvLimitU"},
                                                             {{"--kernel", "sinc"}, "--kernel"},
                                                             {{"--shift", "1"}, "--shift"},
@@ -160,11 +163,13 @@ TEST_F(CommandLineTest, JsonOfARunHasItsKeysAndNothingElseOnStandardOutput) {
     EXPECT_EQ(product["written"], true);
     EXPECT_TRUE(test::exists(product["path"])) << product["path"];
   }
-  // Half an arcsecond west and 0.3 north, to the cell of the map's centre column and row.
+  // Half a milliarcsecond to the west and 0.3 to the north lies in the map's middle now.
   LoadedMap map;
   ASSERT_TRUE(readMap(folder_.file("maps/MFS^dm0.exm"), map).ok());
   const double cell = (map.range.xMax - map.range.xMin) / (map.matrix->columns() - 1);
   EXPECT_NEAR(map.range.xMin + map.matrix->columns() / 2 * cell, -0.0005, 1e-9);
+  const double cellY = (map.range.yMax - map.range.yMin) / (map.matrix->rows() - 1);
+  EXPECT_NEAR(map.range.yMin + map.matrix->rows() / 2 * cellY, 0.0003, 1e-9);
 }
 
 TEST_F(CommandLineTest, JsonOfAFailureHasTheError) {
@@ -174,11 +179,73 @@ TEST_F(CommandLineTest, JsonOfAFailureHasTheError) {
   EXPECT_EQ(json["error"]["file"], folder_.file("absent.uvx"));
 }
 
-TEST_F(CommandLineTest, SelectionsAddUpAndLeaveOtherFilesWhole) {
+TEST_F(CommandLineTest, SelectingNoneOfAFileLeavesTheOthersWhole) {
   const Words files = simulated();
   ASSERT_EQ(runOn(files, {"--iterations", "1", "--json", "--select", "1:none"}), 0) << err_;
   EXPECT_EQ(nlohmann::json::parse(out_)["survey"]["number"], 2);
   EXPECT_NEAR(nlohmann::json::parse(out_)["survey"]["min_hz"].get<double>(), 5.2e9, 1.0);
+}
+
+TEST_F(CommandLineTest, SelectionsOfOneFileAddUpAndMayStandBeforeTheFiles) {
+  // Selections 3, 4, 5 and 6 of one IF at 1.5, 1.6, 1.7 and 1.8 GHz, all data in selection 3.
+  test::writeSample(folder_.file("many.uvx"), test::sampleContent(1, 2, 4), 6);
+  ASSERT_EQ(run({"run", "--select", "1:3,4", "--select", "1:6", folder_.file("many.uvx"), "--folder",
+                 folder_.file("maps"), "--half-size", "16", "--iterations", "1", "--order", "1", "--json"}),
+            1);
+  // The sample's points lie on one line, which no beam fits; the survey comes before.
+  const auto json = nlohmann::json::parse(out_);
+  EXPECT_EQ(json["survey"]["number"], 3);
+  EXPECT_EQ(json["survey"]["min_hz"], 1.5e9);
+  EXPECT_EQ(json["survey"]["max_hz"], 1.8e9);
+}
+
+TEST_F(CommandLineTest, OneFileUnderTwoNamesIsRefused) {
+  const Words files = simulated();
+  std::filesystem::create_symlink(files[0], folder_.file("link.uvx"));
+  EXPECT_EQ(runOn({files[0], folder_.file("link.uvx")}, {}), 2);
+  EXPECT_NE(err_.find("given twice"), std::string::npos) << err_;
+}
+
+TEST_F(CommandLineTest, OptionsWithoutEffectAreRefused) {
+  for (const Words& options : {Words{"--taper", "gauss"}, Words{"--taper-width", "1e6,1e6"},
+                               Words{"--uniform-box", "0,0"}, Words{"--kernel-width", "2,2"}})
+    EXPECT_EQ(runOn({folder_.file("absent.uvx")}, options), 2) << options[0];
+}
+
+TEST_F(CommandLineTest, JsonOfAFailureKeepsTheSettingsAskedFor) {
+  EXPECT_EQ(runOn({folder_.file("absent.uvx")}, {"--json", "--half-size", "16", "--kernel", "hat"}), 1);
+  const auto json = nlohmann::json::parse(out_);
+  EXPECT_EQ(json["settings"]["half_size"][0], 16);
+  EXPECT_EQ(json["settings"]["kernel"], "hat");
+  EXPECT_TRUE(json["survey"]["min_hz"].is_null());
+  EXPECT_TRUE(json["settings"]["reference_mhz"].is_null());
+}
+
+TEST_F(CommandLineTest, EqualFrequenciesAreWarnedOfWhenTheyCannotCarryTheOrder) {
+  const Words files = simulated();
+  std::filesystem::copy_file(files[0], folder_.file("again.uvx"));
+  ASSERT_EQ(runOn({files[0], folder_.file("again.uvx")},
+                  {"--iterations", "5", "--order", "4", "--half-size", "16"}),
+            0);
+  EXPECT_NE(err_.find("cannot tell the spectral terms apart"), std::string::npos) << err_;
+}
+
+TEST_F(CommandLineTest, MemoryOfARunDoesNotGrowWithTheInput) {
+  // 30 MB and 240 MB of visibilities into the same small maps.
+  long resident[2] = {};
+  const char* const intervals[] = {"40", "5"};
+  for (int i = 0; i < 2; ++i) {
+    std::filesystem::remove_all(folder_.file("uvx"));
+    const Words files = simulated(intervals[i], "64");
+    rusage before{}, after{};
+    ::getrusage(RUSAGE_CHILDREN, &before);
+    ASSERT_EQ(runOn(files, {"--iterations", "1", "--half-size", "16"}), 0) << err_;
+    ::getrusage(RUSAGE_CHILDREN, &after);
+    resident[i] = after.ru_maxrss;
+  }
+  // Kilobytes. The largest of all children so far: the second, eight times larger input must not raise it by
+  // more than a tenth of its own size.
+  EXPECT_LT(resident[1] - resident[0], 24000);
 }
 
 TEST_F(CommandLineTest, SameRunTwiceGivesTheSameBytes) {
@@ -218,8 +285,11 @@ TEST_F(CommandLineTest, InterruptWhileImagingCancelsAndSaysWhatWasKept) {
   words.insert(words.begin(), "run");
   words.insert(words.end(), {"--folder", folder_.file("maps"), "--kernel", "gauss", "--kernel-width", "8,8"});
   std::filesystem::create_directories(folder_.file("maps"));
+  // An old map is removed when the inputs have passed and the imaging is about to begin.
+  test::writeFile(folder_.file("maps/MFS^dm0.exm"), "old");
   const Program program(folder_, words);
-  std::this_thread::sleep_for(std::chrono::milliseconds(400));
+  while (program.running() && test::exists(folder_.file("maps/MFS^dm0.exm")))
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   program.interrupt();
   EXPECT_EQ(program.wait(), 1);
   EXPECT_NE(program.err().find("cancelled"), std::string::npos) << program.err();

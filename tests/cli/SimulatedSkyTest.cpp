@@ -27,9 +27,9 @@ struct Source {
 
 // Away from the phase centre in all four directions, so that a mirrored axis shows; the brightest to the
 // north-east. At most 25 cells out, where the gridding takes less than half a percent.
-constexpr Source kSources[] = {{"A", 3.1, 4.2, 1.0, -0.7},
+constexpr Source kSources[] = {{"A", 3.1, 4.2, 1.0, -1.0},
                                {"B", -5.3, 2.7, 0.4, 0.5},
-                               {"C", -2.2, -4.4, 0.2, -1.0},
+                               {"C", -2.2, -4.4, 0.2, -0.7},
                                {"D", 6.4, -3.5, 0.1, 0.0}};
 
 /// A source as the maps show it.
@@ -114,21 +114,23 @@ class SimulatedSkyTest : public testing::Test {
   LoadedMap flux_, index_;
 };
 
-TEST_F(SimulatedSkyTest, WideBandNeedsThreeTermsForFluxAndIndex) {
+// With an index of -1 the quadratic term of the power law is f^2: 4 % at the edges of a 40 % band, 2.7 % in
+// the mean of three bands. Two terms can only put it into the flux density; a third takes it.
+TEST_F(SimulatedSkyTest, WideBandNeedsThreeTermsForTheFluxOfASteepSource) {
   observe({4000, 5000, 6000});
-  double worstIndex[4] = {};
+  double steepFlux[4] = {};
   for (const std::int32_t order : {2, 3}) {
     image(order);
     for (const Source& source : kSources) {
       const auto [fluxError, indexError] = compare(order, source);
-      worstIndex[order] = std::max(worstIndex[order], std::abs(indexError));
+      if (&source == kSources) steepFlux[order] = std::abs(fluxError);
       if (order < 3) continue;
       EXPECT_LT(std::abs(fluxError), 0.02) << source.name;
       EXPECT_LT(std::abs(indexError), 0.05) << source.name;
     }
   }
-  // The curvature of a power law over 40 % goes into the slope when there is no third term to take it.
-  EXPECT_LT(worstIndex[3], worstIndex[2]);
+  EXPECT_GT(steepFlux[2], 0.02);
+  EXPECT_LT(steepFlux[3], steepFlux[2] / 3);
 }
 
 // Half that bandwidth: narrow enough for two terms, wide enough for the slope to stand out of the gridding's

@@ -55,6 +55,11 @@ TEST(TextFormTest, TextToIntStopsAtTheFirstOtherCharacter) {
   EXPECT_EQ(textToInt("99999999999"), std::numeric_limits<std::int32_t>::max());
 }
 
+TEST(TextFormTest, PrintableTextHasNoControlBytes) {
+  EXPECT_EQ(printable("3C\x1B[2J 111\n\x7F"), "3C?[2J 111??");
+  EXPECT_EQ(printable("\xC3\xA9toile"), "\xC3\xA9toile");
+}
+
 TEST(TextFormTest, ParsingRefusesTrailingText) {
   double value = 4.0;
   EXPECT_FALSE(parseDouble("1.5x", value));
