@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "core/TextForm.h"
 #include "core/Units.h"
 #include "io/AUVXHeader.h"
 #include "io/AUVXSources.h"
@@ -46,17 +47,17 @@ std::string uvxSummary(const std::string& path, const AUVXFile& file, const UvxS
                  "unit '%s'\n",
                  static_cast<unsigned long long>(file.groupCount()),
                  static_cast<unsigned long long>(statistics.flaggedRecords()), file.shape().ifs,
-                 file.shape().channels, file.shape().products, header.unit.c_str());
+                 file.shape().channels, file.shape().products, printable(header.unit).c_str());
   const AUVXSources sources(file);
   for (std::int32_t i = 0; i < sources.count(); ++i)
-    text +=
-        lineOf("  source %d %s at RA %.9g Dec %.9g deg, epoch %g\n", sources[i].id, sources[i].name.c_str(),
-               sources[i].rightAscension, sources[i].declination, sources[i].epoch);
+    text += lineOf("  source %d %s at RA %.9g Dec %.9g deg, epoch %g\n", sources[i].id,
+                   printable(sources[i].name).c_str(), sources[i].rightAscension, sources[i].declination,
+                   sources[i].epoch);
   text += lineOf("  u %.6g .. %.6g, v %.6g .. %.6g seconds\n", header.uMin, header.uMax, header.vMin,
                  header.vMax) +
           "  tables";
   for (const AUVXFile::TableEntry& table : file.tables())
-    text += lineOf(" %s (%u rows)", table.name.c_str(), table.rows);
+    text += lineOf(" %s (%u rows)", printable(table.name).c_str(), table.rows);
   return text + "; header and table checksums are right\n" + bandTableText(statistics.bands());
 }
 

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QDialog>
+#include <memory>
+#include <string>
+
+#include "app/MainControls.h"
+#include "clean/ui/MainWindowLink.h"
+#include "core/Log.h"
+#include "core/Progress.h"
+#include "run/ParameterStore.h"
+#include "run/RunParameters.h"
+#include "run/RunReport.h"
+#include "run/UvxFileList.h"
+
+namespace lumo {
+
+class CLogDlg;
+class Prompts;
+
+/// The main dialog "Lumo": gathers files and parameters, runs, and keeps the parameter set from one use to
+/// the next. It computes nothing: the rooms below do.
+///
+///     CLumoDlg dialog(...); dialog.OnInitDialog(); dialog.exec();
+///
+/// A run works on this thread and lets the event loop turn now and then (RunPump); while it goes on the only
+/// things that respond are "Cancel", "Close", which asks whether to cancel, and the log.
+class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink {
+  Q_OBJECT
+
+ public:
+  /// `prompts` and `log` must outlive the dialog. `storeFolder`: where the parameter set is kept, with its
+  /// separator.
+  CLumoDlg(Prompts& prompts, Log& log, const std::string& storeFolder, QWidget* parent = nullptr);
+  ~CLumoDlg() override;
+
+  /// Loads the parameter set; to be called once, before the dialog is shown.
+  void OnInitDialog();
+
+  [[nodiscard]] const UvxFileList& files() const { return list_; }
+  [[nodiscard]] const RunParameters& parameters() const { return parameters_; }
+  /// What the last run reported.
+  [[nodiscard]] const RunReport& lastReport() const { return report_; }
+
+ public Q_SLOTS:
+  /// "Close", Escape and the close box: saves what stands in the fields, unchecked, and ends the dialog.
+  /// During a run they lead to a cancel instead.
+  void reject() override;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+  void connectControls();
+
+  // FileListWatcher
+  void showMessage(const std::string& text) override;
+  void proposeWorkFolder(const std::string& folder) override;
+  // MainWindowLink
+  void setTitle(const std::string& title) override;
+  void minimise() override;
+  void restore() override;
+  void log(const std::string& text) override;
+
+  void addFiles();
+  void deleteFile();
+  void reRead();
+  void showInfo();
+  void browseForFolder();
+  void centerReference();
+  void editImagingParameters();
+  void runOrCancel();
+  void showAbout();
+  void showLog();
+
+  /// After files or masks changed.
+  void showFiles();
+  void showSurvey();
+  void showFolder();
+  /// A failure that no message box tells of: to the log, and briefly to the status text.
+  void tell(const std::string& what, const Status& status);
+
+  [[nodiscard]] bool takeFields();
+  void run();
+  void setRunning(bool running);
+  void reportRun();
+
+  Prompts& prompts_;
+  Log& log_;
+  UvxFileList list_;
+  MainControls controls_;
+  ParameterStore store_;
+  RunParameters parameters_;
+  RunReport report_;
+  CancelFlag cancel_{0};
+  bool running_ = false;
+  CLogDlg* logDialog_ = nullptr;  ///< made when first asked for; owned by this as a window
+};
+
+}  // namespace lumo

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What happens from "Run" to the end of a run.
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <algorithm>
+#include <cmath>
+
+#include "app/CLumoDlg.h"
+#include "app/Prompts.h"
+#include "app/RunPump.h"
+#include "clean/ui/CleanDialogWatcher.h"
+#include "core/TextForm.h"
+#include "run/RunDriver.h"
+#include "view/AProgressCtrl.h"
+#include "view/StatusLabel.h"
+
+namespace lumo {
+
+namespace {
+
+/// Above this the CLEAN's beam matrix is not inverted well enough to tell the spectral terms apart.
+constexpr double kGoodInversion = 1e-6;
+
+double totalSeconds(const RunReport& report) {
+  double seconds = 0;
+  for (const auto& phase : report.phases) seconds += phase.second;
+  return seconds;
+}
+
+}  // namespace
+
+void CLumoDlg::runOrCancel() {
+  if (running_)
+    cancel_ = 1;
+  else if (takeFields())
+    run();
+}
+
+bool CLumoDlg::takeFields() {
+  const ParameterProblems problems = takeChecked(controls_.texts(), list_.frequencies(), parameters_);
+  if (problems.empty()) return true;
+  const ParameterProblem& first = problems.front();
+  showMessage(first.message);
+  QLineEdit* const field = controls_.field(first.field);
+  field->setFocus();
+  field->selectAll();
+  return false;
+}
+
+void CLumoDlg::run() {
+  setRunning(true);
+  log_.add("Run of " + toStr(list_.inputs().count()) + " files, products " + parameters_.folder +
+           parameters_.prefix + "^...");
+  RunPump pump({*controls_.status, *controls_.rightBar, *controls_.middleBar, *controls_.leftBar});
+  CleanDialogWatcher watcher(*this);
+  RunCompany company;
+  company.indicators = pump.indicators(cancel_);
+  company.clean = &watcher;
+  company.priority = GetPriorityConst(controls_.priority->currentIndex());
+  report_ = RunDriver(company).Run(parameters_, list_);
+  setRunning(false);
+  reportRun();
+}
+
+void CLumoDlg::setRunning(bool running) {
+  running_ = running;
+  cancel_ = 0;
+  controls_.enable(list_.hasFiles(), running);
+  controls_.run->setFocus();
+  if (!running) return;
+  controls_.status->setText("");
+  for (AProgressCtrl* const bar : {controls_.leftBar, controls_.middleBar, controls_.rightBar})
+    bar->setPos(0);
+}
+
+void CLumoDlg::reportRun() {
+  for (const RunProduct& product : report_.products)
+    if (!product.written) log_.add("Not written: " + product.path + ": " + product.why);
+  const auto written = std::count_if(report_.products.begin(), report_.products.end(),
+                                     [](const RunProduct& product) { return product.written; });
+  if (report_.iterations > 0)
+    log_.add("CLEAN: " + toStr(report_.iterations) +
+             (report_.stopped ? " iterations, stopped" : " iterations") + ", total flux " +
+             generalText(report_.totalFlux));
+  if (written > 0 && !(report_.inversionError <= kGoodInversion))
+    log_.add("The beams hardly tell the spectral terms apart (error of the inverted beam matrix " +
+             generalText(report_.inversionError) + "): try a lower order or a wider range of frequencies");
+  log_.add("Run ended after " + generalText(std::round(totalSeconds(report_) * 10) / 10) + " s, " +
+           toStr(written) + " products written");
+  if (report_.status.code() == StatusCode::kCancelled) {
+    log_.add("The run was cancelled");
+    controls_.status->setText("Cancelled");
+  } else {
+    tell("The run failed", report_.status);
+  }
+}
+
+}  // namespace lumo
