@@ -274,8 +274,9 @@ TEST_F(CleanDialogTest, ResultCanBeShownAgainAndAgain) {
   const CleanReport report = run(kEndless);
   ASSERT_EQ(seen.size(), 3U);
   EXPECT_GE(seen[0], 1);
-  EXPECT_GT(seen[1], seen[0]);
-  EXPECT_GT(seen[2], seen[1]);
+  // A result asked for at once may find the worker where it was: it need not have woken up in between.
+  EXPECT_GE(seen[1], seen[0]);
+  EXPECT_GE(seen[2], seen[1]);
   EXPECT_EQ(report.iterations, seen[2]);
 }
 
