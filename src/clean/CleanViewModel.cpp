@@ -9,6 +9,7 @@ namespace lumo {
 
 CleanViewModel CleanViewModel::prepare(const CleanScene& scene) {
   CleanViewModel view;
+  view.header = scene.header();
   view.restored = restoreComponents(scene.component(), scene.restoringBeam());
   view.restoredRange = withValueRange(scene.range(), view.restored);
   view.residual = &scene.residual();

@@ -18,6 +18,8 @@ struct CleanViewModel {
   /// beam pixels.
   [[nodiscard]] static CleanViewModel prepare(const CleanScene& scene);
 
+  /// Unit, beam and place on the sky of both maps.
+  AMapHeader header;
   AMatrix<float> restored;
   /// The first dirty map's extent with the restored map's own values.
   TMinMax restoredRange;

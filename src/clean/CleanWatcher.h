@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <utility>
+
 #include "clean/ABCleanEngine.h"
 #include "clean/CleanWorker.h"
 #include "core/AMatrix.h"
 #include "core/TMinMax.h"
 #include "core/ThreadPriority.h"
+#include "io/AMapHeader.h"
 
 namespace lumo {
 
@@ -15,14 +18,20 @@ class CleanScene {
  public:
   /// The engine and the beam must outlive the scene.
   CleanScene(const ABCleanEngine& engine, const AMatrix<float>& restoringBeam, const TMinMax& range,
-             ThreadPriority priority)
-      : engine_(engine), restoringBeam_(restoringBeam), range_(range), priority_(priority) {}
+             ThreadPriority priority, AMapHeader header = {})
+      : engine_(engine),
+        restoringBeam_(restoringBeam),
+        range_(range),
+        priority_(priority),
+        header_(std::move(header)) {}
 
   /// R_0.
   [[nodiscard]] const AMatrix<float>& residual() const { return *engine_.residuals()[0]; }
   /// C_0.
   [[nodiscard]] const AMatrix<float>& component() const { return engine_.components()[0]; }
   [[nodiscard]] const AMatrix<float>& restoringBeam() const { return restoringBeam_; }
+  /// The header of the first dirty map: unit, beam, place on the sky.
+  [[nodiscard]] const AMapHeader& header() const { return header_; }
   /// The ranges of the first dirty map.
   [[nodiscard]] const TMinMax& range() const { return range_; }
   /// How many iterations the worker will do.
@@ -35,6 +44,7 @@ class CleanScene {
   const AMatrix<float>& restoringBeam_;
   TMinMax range_;
   ThreadPriority priority_;
+  AMapHeader header_;
 };
 
 /// Whoever accompanies the CLEAN of a run: a window, the headless command, a test.

@@ -10,6 +10,7 @@
 #include <cmath>
 
 #include "clean/ui/LumoCleanDlg.h"
+#include "clean/ui/LumoClnShowDlg.h"
 #include "gui/GuiScript.h"
 #include "gui/MainDialogFixture.h"
 #include "imaging/ui/AMakeParDlg.h"
@@ -113,6 +114,63 @@ TEST_F(MainDialogRunTest, FromFilesToProductsAndBackAtTheNextStart) {
   EXPECT_EQ(rows->index(0, 0).data(Qt::CheckStateRole).toInt(), Qt::Checked);
   EXPECT_EQ(rows->index(1, 0).data(Qt::CheckStateRole).toInt(), Qt::Unchecked);
   EXPECT_EQ(dialog_->files().imaging().halfSizeX, 16);
+}
+
+// The whole visit of a user: files, a frequency out, a folder, a run looked at twice and stopped, and back
+// again.
+TEST_F(MainDialogRunTest, ARunLookedAtAndStoppedLeavesItsProductsAndEverythingAsItWas) {
+  CLumoDlg& dialog = openWithFiles();
+  clickRow(get<AFqIDTable>("idTable"), 2);
+  press("center");
+  EXPECT_EQ(text("reference"), "4900");
+  setMapSize(256);
+  type("iterations", "1000000");
+
+  const auto pressIn = [](QWidget& window, const char* label) {
+    for (QPushButton* const button : window.findChildren<QPushButton*>())
+      if (button->text().remove('&') == label) return button->click();
+    ADD_FAILURE() << "no button " << label;
+  };
+  std::int32_t iterations[2] = {};
+  GuiScript script;
+  for (int visit = 0; visit < 2; ++visit) {
+    script
+        .step([&dialog, visit, &iterations] {
+          const auto* const clean = modalWindow<LumoCleanDlg>();
+          const int done = dialog.windowTitle().split(' ')[0].toInt();
+          // Far enough on for the maps to show what CLEAN has found.
+          if (clean == nullptr || done < iterations[0] + 300) return false;
+          clean->findChild<QPushButton*>("showResult")->click();
+          iterations[visit] = done;
+          return true;
+        })
+        .step([] { return modalWindow<LumoClnShowDlg>() != nullptr; })
+        .then([&pressIn, visit] {
+          auto& view = *modalWindow<LumoClnShowDlg>();
+          if (visit == 0) savePicture(view, "clean-view");
+          pressIn(view, visit == 0 ? "Continue" : "Stop");
+        });
+  }
+  press("run");
+
+  EXPECT_TRUE(dialog.lastReport().stopped);
+  EXPECT_GT(iterations[1], iterations[0]);
+  EXPECT_GE(dialog.lastReport().iterations, iterations[1]);
+  EXPECT_EQ(text("status"), "Success");
+  LoadedMap map;
+  ASSERT_TRUE(readMap(work_.file("MFS^cln0.exm"), map).ok());
+  EXPECT_EQ(map.matrix->columns(), 256u);
+  EXPECT_TRUE(isWritten("MFS^sindex.exm"));
+  close();
+  EXPECT_TRUE(exists(store_.file("ZELMFS.ini")));
+  EXPECT_TRUE(exists(store_.file("ZELMFS.bin")));
+
+  open();
+  EXPECT_EQ(get<QListWidget>("files").count(), 3);
+  EXPECT_EQ(text("number"), "2");
+  EXPECT_EQ(text("reference"), "4900");
+  EXPECT_EQ(text("folder"), work_.path());
+  EXPECT_EQ(dialog_->files().imaging().halfSizeX, 256);
 }
 
 TEST_F(MainDialogRunTest, TheCleanDialogAccompaniesTheCleanAndItsCloseBoxStopsIt) {

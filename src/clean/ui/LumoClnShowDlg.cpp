@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <cmath>
 #include <memory>
 
 #include "view/A2_3DAxis.h"
@@ -18,11 +19,18 @@ namespace {
 constexpr int kCharactersWide = 150;
 constexpr int kLinesHigh = 36;
 
-std::unique_ptr<A2_3DAxis> makeAxis(const AMatrix<float>& map, const TMinMax& range) {
+std::unique_ptr<A2_3DAxis> makeAxis(const AMatrix<float>& map, const TMinMax& range,
+                                    const AMapHeader& header) {
   auto axis = std::make_unique<A2_3DAxis>(-1, 1);
   axis->setNameOX(CleanViewModel::kNameX);
   axis->setNameOY(CleanViewModel::kNameY);
-  axis->addGraph(std::make_unique<AColorsGraph>()).SetParameters(map, range);
+  auto& graph = axis->addGraph(std::make_unique<AColorsGraph>());
+  graph.SetParameters(map, range);
+  graph.setUnit(header.unit);
+  if (header.beamMajor > 0 && header.beamMinor > 0)
+    graph.setBeam(BeamEllipse{header.beamMajor, header.beamMinor, header.beamPa});
+  if (std::isfinite(header.rightAscension) && std::isfinite(header.declination))
+    graph.setSkyCentre(SkyPosition{header.rightAscension, header.declination});
   return axis;
 }
 
@@ -34,8 +42,8 @@ LumoClnShowDlg::LumoClnShowDlg(const CleanViewModel& model, QWidget* parent)
   setWindowFlag(Qt::WindowMaximizeButtonHint);
   restored_->setObjectName("restored");
   residual_->setObjectName("residual");
-  restored_->SetAxis(makeAxis(model.restored, model.restoredRange));
-  residual_->SetAxis(makeAxis(*model.residual, model.residualRange));
+  restored_->SetAxis(makeAxis(model.restored, model.restoredRange, model.header));
+  residual_->SetAxis(makeAxis(*model.residual, model.residualRange, model.header));
 
   auto* const stop = new QPushButton(tr("&Stop"));
   auto* const goOn = new QPushButton(tr("&Continue"));
