@@ -5,7 +5,6 @@
 #include <QLocale>
 #include <QStandardPaths>
 #include <clocale>
-#include <exception>
 
 #include "app/AppIcon.h"
 #include "app/CLumoDlg.h"
@@ -33,15 +32,6 @@ int CLumoApp::InitInstance() {
   dialog.OnInitDialog();
   dialog.exec();
   return 0;
-}
-
-bool CLumoApp::notify(QObject* receiver, QEvent* event) {
-  try {
-    return QApplication::notify(receiver, event);
-  } catch (const std::exception& error) {
-    log_.add(std::string("The last command failed: ") + error.what());
-    return false;
-  }
 }
 
 }  // namespace lumo

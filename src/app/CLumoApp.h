@@ -19,9 +19,6 @@ class CLumoApp : public QApplication {
   /// when it closes.
   int InitInstance();
 
-  /// An exception that leaves a window's handler ends in the log, not in the end of the program.
-  bool notify(QObject* receiver, QEvent* event) override;
-
  private:
   Log log_;
 };

@@ -8,6 +8,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <exception>
 #include <vector>
 
 #include "app/AppIcon.h"
@@ -59,7 +60,7 @@ void CLumoDlg::OnInitDialog() {
 
 void CLumoDlg::connectControls() {
   const auto on = [this](QPushButton* button, void (CLumoDlg::*handler)()) {
-    connect(button, &QPushButton::clicked, this, handler);
+    connect(button, &QPushButton::clicked, this, [this, handler] { guarded(handler); });
   };
   on(controls_.add, &CLumoDlg::addFiles);
   on(controls_.remove, &CLumoDlg::deleteFile);
@@ -74,6 +75,14 @@ void CLumoDlg::connectControls() {
   connect(controls_.showLog, &QAction::triggered, this, &CLumoDlg::showLog);
   connect(controls_.idTable, &AFqIDTable::cellChanged, this, &CLumoDlg::showSurvey);
   connect(controls_.files, &QListWidget::currentRowChanged, this, [this](int row) { list_.select(row); });
+}
+
+void CLumoDlg::guarded(void (CLumoDlg::*handler)()) {
+  try {
+    (this->*handler)();
+  } catch (const std::exception& error) {
+    tell("The last command failed", {StatusCode::kOutOfMemory, error.what()});
+  }
 }
 
 void CLumoDlg::showMessage(const std::string& text) {

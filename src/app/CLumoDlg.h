@@ -53,6 +53,8 @@ class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink
 
  private:
   void connectControls();
+  /// Runs what a button does. An exception, for want of memory, ends here: the window system cannot carry it.
+  void guarded(void (CLumoDlg::*handler)());
 
   // FileListWatcher
   void showMessage(const std::string& text) override;

@@ -59,8 +59,8 @@ class AGauss3DFunc : public AB3DFunc {
   [[nodiscard]] double halfWidthX() const override { return widthX(); }
   [[nodiscard]] double halfWidthY() const override { return widthY(); }
   [[nodiscard]] double value(double x, double y) const override {
-    constexpr double fourLn2 = 2.772588722239781;
-    return std::exp(-fourLn2 * rhoSquared(x, y));
+    constexpr double kFourLn2 = 2.772588722239781;
+    return std::exp(-kFourLn2 * rhoSquared(x, y));
   }
 };
 

@@ -25,17 +25,15 @@ namespace lumo {
 /// valueAt(): the basis values of a point are kept in it.
 class AAproximation : public ABAproximation {
  public:
-  /// A fitter of `termCount` terms, all coefficients 0, scale 1, offset 0. Below 1 every fit fails with
-  /// code 2.
+  /// A fitter of `termCount` terms, all coefficients 0, scale 1, offset 0. Below 1 no fit succeeds.
   explicit AAproximation(int termCount);
 
   /// The fitted series at x, summed in single precision.
   [[nodiscard]] double valueAt(float x) const override;
 
   /// @return 0 on success; 1 fewer than two points; 2 no term; 3 more terms than points; 4 singular normal
-  /// equations
-  ///   (a pivot below 1e-15). After 1..3 the coefficients are 0, after 4 unspecified. status() says it in
-  ///   words.
+  ///   equations (a pivot below 1e-15). status() says it in words. After 1, 2 and 3 the coefficients are 0,
+  ///   after 4 they are unspecified.
   int fit(const float* x, const float* y, int first, int last) override;
 
   [[nodiscard]] int termCount() const { return termCount_; }
@@ -47,8 +45,7 @@ class AAproximation : public ABAproximation {
   [[nodiscard]] const Status& status() const { return status_; }
 
  protected:
-  /// Writes phi_0(t) .. phi_{n-1}(t) into `out`, which is zeroed before the first call only. Does nothing
-  /// here.
+  /// Writes phi_0(t) .. phi_{n-1}(t) into `out`. A series has to override it: here it does nothing.
   virtual void basisAt(float* out, int n, float t) const;
   /// Sets scale and offset for the coming fit, here to 1 and 0.
   virtual void scaleArgument(const float* x, const float* y, int first, int last);

@@ -5,8 +5,8 @@
 
 namespace lumo {
 
-/// Fourier series coef[0] + coef[1] sin t + coef[2] cos t + coef[3] sin 2t + coef[4] cos 2t + ..., t = 2 pi x
-/// / period.
+/// Fourier series coef[0] + coef[1] sin t + coef[2] cos t + coef[3] sin 2t + coef[4] cos 2t + ..., with
+/// t = 2 pi x / period.
 class ATrigonometricApprox final : public AAproximation {
  public:
   /// @param period of the slowest term, in the unit of the abscissae; not 0.

@@ -13,7 +13,6 @@
 #include <QTimer>
 #include <clocale>
 #include <cstdio>
-#include <stdexcept>
 
 #include "app/AppIcon.h"
 #include "app/CAboutDlg.h"
@@ -105,12 +104,6 @@ TEST(CLumoAppTest, TheProgramShowsTheMainDialogAndEndsWithItKeepingItsParameters
 TEST(CLumoAppTest, NumbersHaveADecimalPointWhateverTheUsersLanguage) {
   EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
   EXPECT_EQ(QLocale().decimalPoint(), ".");
-}
-
-TEST(CLumoAppTest, AnExceptionFromAHandlerDoesNotEndTheProgram) {
-  QPushButton button;
-  QObject::connect(&button, &QPushButton::clicked, [] { throw std::runtime_error("on purpose"); });
-  clickOn(button);
 }
 
 TEST(AppIconTest, TheIconIsDrawnInEverySizeThatIsAskedFor) {

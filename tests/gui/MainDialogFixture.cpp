@@ -10,6 +10,7 @@
 #include <QListView>
 #include <QMouseEvent>
 #include <QPixmap>
+#include <new>
 
 #include "app/ElidedLabel.h"
 #include "convert/AntennaArray.h"
@@ -44,6 +45,7 @@ bool ScriptedPrompts::confirm(QWidget* /*parent*/, const QString& text) {
 }
 
 QStringList ScriptedPrompts::chooseFiles(QWidget* /*parent*/, const QString& /*folder*/) {
+  if (isOutOfMemory) throw std::bad_alloc();
   return files;
 }
 

@@ -29,9 +29,10 @@ class ScriptedPrompts : public Prompts {
   QStringList chooseFiles(QWidget* parent, const QString& folder) override;
   QString chooseFolder(QWidget* parent, const QString& folder) override;
 
-  QStringList files;   ///< what is chosen
-  QString folder;      ///< what is chosen
-  bool agrees = true;  ///< to questions
+  QStringList files;           ///< what is chosen
+  QString folder;              ///< what is chosen
+  bool agrees = true;          ///< to questions
+  bool isOutOfMemory = false;  ///< throws instead of choosing files
   std::vector<std::string> messages;
   std::vector<std::string> questions;
 };

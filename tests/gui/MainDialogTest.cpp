@@ -212,6 +212,17 @@ TEST_F(MainDialogTest, BrowseAppendsTheSeparator) {
   EXPECT_EQ(saved("FOLDER"), work_.path());
 }
 
+TEST_F(MainDialogTest, ACommandThatRunsOutOfMemoryEndsInTheLogAndNotTheProgram) {
+  CLumoDlg& dialog = open();
+  prompts_.isOutOfMemory = true;
+  press("add");
+  EXPECT_TRUE(dialog.isVisible());
+  EXPECT_THAT(logText(), HasSubstr("The last command failed"));
+  prompts_.isOutOfMemory = false;
+  add(simulateBands({4800}));
+  EXPECT_EQ(get<QListWidget>("files").count(), 1);
+}
+
 TEST_F(MainDialogTest, BrowseGivenUpKeepsTheFolder) {
   open();
   press("browse");
