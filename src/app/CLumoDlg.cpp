@@ -48,7 +48,10 @@ CLumoDlg::CLumoDlg(Prompts& prompts, Log& log, const std::string& storeFolder, Q
   controls_.enable(false, false);
 }
 
-CLumoDlg::~CLumoDlg() = default;
+CLumoDlg::~CLumoDlg() {
+  // The table shows rows of members that go before it.
+  hide();
+}
 
 void CLumoDlg::OnInitDialog() {
   store_.LoadParameters(parameters_, list_);
@@ -209,7 +212,7 @@ void CLumoDlg::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Escape && running_) {
     cancel_ = 1;
   } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && pressed != nullptr) {
-    pressed->click();
+    if (!event->isAutoRepeat()) pressed->click();
   } else {
     QDialog::keyPressEvent(event);
   }

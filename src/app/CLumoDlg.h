@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QElapsedTimer>
 #include <memory>
 #include <string>
 
@@ -85,6 +86,7 @@ class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink
 
   [[nodiscard]] bool takeFields();
   void run();
+  void runStages();
   void setRunning(bool running);
   void reportRun();
 
@@ -97,6 +99,7 @@ class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink
   RunReport report_;
   CancelFlag cancel_{0};
   bool running_ = false;
+  QElapsedTimer sinceStart_;
   CLogDlg* logDialog_ = nullptr;  ///< made when first asked for; owned by this as a window
 };
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What happens from "Run" to the end of a run.
+#include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <algorithm>
 #include <cmath>
 
@@ -31,10 +33,14 @@ double totalSeconds(const RunReport& report) {
 }  // namespace
 
 void CLumoDlg::runOrCancel() {
-  if (running_)
+  // The second click of a double click on "Run" is no wish to cancel.
+  if (running_ && sinceStart_.elapsed() < QApplication::doubleClickInterval()) return;
+  if (running_) {
     cancel_ = 1;
-  else if (takeFields())
+  } else if (takeFields()) {
     run();
+    reportRun();
+  }
 }
 
 bool CLumoDlg::takeFields() {
@@ -50,6 +56,16 @@ bool CLumoDlg::takeFields() {
 
 void CLumoDlg::run() {
   setRunning(true);
+  sinceStart_.start();
+  const auto finish = qScopeGuard([this] {
+    // What was clicked or typed while nobody looked belongs to this run, not to the window after it.
+    QCoreApplication::processEvents();
+    setRunning(false);
+  });
+  runStages();
+}
+
+void CLumoDlg::runStages() {
   log_.add("Run of " + toStr(list_.inputs().count()) + " files, products " + parameters_.folder +
            parameters_.prefix + "^...");
   RunPump pump({*controls_.status, *controls_.rightBar, *controls_.middleBar, *controls_.leftBar});
@@ -59,8 +75,6 @@ void CLumoDlg::run() {
   company.clean = &watcher;
   company.priority = GetPriorityConst(controls_.priority->currentIndex());
   report_ = RunDriver(company).Run(parameters_, list_);
-  setRunning(false);
-  reportRun();
 }
 
 void CLumoDlg::setRunning(bool running) {

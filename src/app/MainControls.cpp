@@ -128,8 +128,8 @@ QWidget* MainControls::makeFileGroup() {
   files->setSpacing(1);
   files->setMinimumHeight(files->fontMetrics().lineSpacing() * 5);
   add = button("add", "Add...", "Adds visibility files", "Ctrl+O");
-  remove =
-      button("delete", "Delete", "Takes the selected file off the list; the file itself stays", "Ctrl+D");
+  remove = button("delete", "Delete", "Takes the selected file off the list; the file itself stays",
+                  "Ctrl+Shift+D");
   reRead = button("reRead", "ReRead", "Surveys the frequencies of all files anew", "F5");
   info = button("info", "UVX Info...", "Shows what the selected file holds", "Ctrl+I");
   auto* const grid = new QGridLayout(group);
@@ -173,7 +173,7 @@ QWidget* MainControls::makeFrequencyGroup(UvxFileList& list) {
   grid->addWidget(number, 2, 1, 1, 2);
   addField(*grid, 3, 0, RunField::kReference);
   center = button("center", "Center",
-                  "Sets the reference to the middle of the range, rounded down to a whole kHz", "Ctrl+E");
+                  "Sets the reference to the middle of the range, rounded down to a whole kHz", "Ctrl+T");
   grid->addWidget(center, 3, 2);
   grid->setRowStretch(4, 1);
   idTable = named(new AFqIDTable(list), "idTable",

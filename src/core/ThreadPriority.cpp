@@ -14,6 +14,9 @@ namespace lumo {
 
 namespace {
 
+constexpr const char* kNames[kThreadPriorityCount] = {"Idle",  "Low",  "Below",       "Normal",
+                                                      "Above", "High", "Timecritical"};
+
 // Nice values of the entries that stay in the normal scheduling class; the first and the last have classes of
 // their own (SCHED_IDLE, SCHED_RR).
 constexpr int kNice[kThreadPriorityCount] = {19, 10, 5, 0, -5, -10, -20};
@@ -41,8 +44,9 @@ Status setThreadPriority(ThreadPriority priority) {
       error = ::pthread_setschedparam(::pthread_self(), SCHED_OTHER, &parameters);
   }
   if (error == 0) return {};
-  return {StatusCode::kUnsupported,
-          std::string("the thread priority could not be set: ") + std::strerror(error)};
+  return {StatusCode::kUnsupported, std::string("the thread priority \"") +
+                                        kNames[static_cast<int>(priority)] +
+                                        "\" was refused, the one before stays: " + std::strerror(error)};
 }
 
 }  // namespace lumo

@@ -99,12 +99,15 @@ Status readThrough(const std::string& name, const RunIndicators& indicators, Inp
   if (file.Open(name, AFile::kRead) == 0) return file.status();
   std::vector<char> block(kBlockBytes);
   facts.bytes = file.remaining();
+  AProgress progress(indicators.readingBar, static_cast<double>(facts.bytes));
   while (file.remaining() > 0) {
     if (indicators.cancelled()) return {StatusCode::kCancelled, "the run was cancelled"};
     const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(file.remaining(), kBlockBytes));
     if (file.Read(block.data(), size) == 0) return file.status();
     facts.crc = crc32Of(block.data(), size, facts.crc);
+    progress.SetPos(static_cast<double>(facts.bytes - file.remaining()));
   }
+  RunIndicators::resetBar(indicators.readingBar);
   return {};
 }
 

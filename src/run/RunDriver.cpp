@@ -68,6 +68,8 @@ Status RunDriver::runPhases(UvxFileList& files) {
   const ABMakeParameters imaging = files.imaging();
 
   if (Status status = image(imaging); !status.ok()) return status;
+  // Nobody has asked since the last transform.
+  if (company_.indicators.cancelled()) return {StatusCode::kCancelled, "cancelled before the CLEAN"};
   // Without all of its maps and beams CLEAN would take what an earlier run left under their names.
   const Status cleaned = firstUnwritten_.ok() ? clean() : firstUnwritten_;
   report_.largestFrequencyOffset = largestFrequencyOffset(inputs_, report_.survey);

@@ -3,8 +3,8 @@
 
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QFile>
 #include <QFileDialog>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
@@ -239,13 +239,19 @@ void AAxisWnd::showReadOut(const QPointF& panelPosition) {
 }
 
 void AAxisWnd::savePicture() {
-  QString type = tr("PNG picture (*.png)");
-  QString path = QFileDialog::getSaveFileName(
-      this, tr("Save picture"), QString(), type + tr(";;PDF document (*.pdf);;SVG drawing (*.svg)"), &type);
-  if (path.isEmpty()) return;
-  if (QFileInfo(path).suffix().isEmpty()) path += type.section('*', 1).section(')', 0, 0);
-  const Status status = exportPicture(path.toStdString());
-  if (!status.ok()) QMessageBox::warning(this, windowTitle(), QString::fromStdString(status.text()));
+  QFileDialog dialog(this, tr("Save picture"));
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setNameFilters({tr("PNG picture (*.png)"), tr("PDF document (*.pdf)"), tr("SVG drawing (*.svg)")});
+  // With the suffix known to the dialog, its question before overwriting is about the file that is written.
+  const auto followFilter = [&dialog](const QString& filter) {
+    dialog.setDefaultSuffix(filter.section("*.", 1).section(')', 0, 0));
+  };
+  followFilter(dialog.selectedNameFilter());
+  connect(&dialog, &QFileDialog::filterSelected, &dialog, followFilter);
+  if (dialog.exec() != QDialog::Accepted) return;
+  const Status status = exportPicture(QFile::encodeName(dialog.selectedFiles().value(0)).toStdString());
+  if (!status.ok())
+    QMessageBox::warning(this, window()->windowTitle(), QString::fromStdString(status.text()));
 }
 
 }  // namespace lumo

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gmock/gmock.h>
 
+#include <QApplication>
+
 #include "app/CLumoApp.h"
 
 int main(int argc, char** argv) {
@@ -8,5 +10,7 @@ int main(int argc, char** argv) {
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   testing::InitGoogleMock(&argc, argv);
   const lumo::CLumoApp application(argc, argv);
+  // Tests press "Cancel" as soon as a run has begun, which counts as a double click on "Run" otherwise.
+  QApplication::setDoubleClickInterval(0);
   return RUN_ALL_TESTS();
 }

@@ -306,7 +306,7 @@ TEST_F(MainDialogTest, AboutAndTheLogStandNextToEachOtherInTheSystemMenu) {
 TEST_F(MainDialogTest, ButtonsAnswerToTheirKeys) {
   open();
   for (const auto& [name, keys] : {std::pair{"add", "Ctrl+O"},
-                                   {"delete", "Ctrl+D"},
+                                   {"delete", "Ctrl+Shift+D"},
                                    {"reRead", "F5"},
                                    {"run", "Ctrl+R"},
                                    {"close", "Ctrl+Q"}}) {
