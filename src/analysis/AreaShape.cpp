@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "analysis/AreaShape.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+#include "core/Units.h"
+#include "io/MapForm.h"
+
+namespace lumo {
+
+namespace {
+
+// Whole quarter turns are exact, so that an upright rectangle keeps the pixels on its outline.
+AreaPoint direction(double degrees) {
+  const double quarters = degrees / 90.0;
+  if (quarters == std::floor(quarters) && std::abs(quarters) < 1e9) {
+    static constexpr AreaPoint kQuarters[] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}};
+    return kQuarters[static_cast<std::size_t>(((static_cast<long long>(quarters) % 4) + 4) % 4)];
+  }
+  return {std::cos(degrees * kRadianPerDegree), std::sin(degrees * kRadianPerDegree)};
+}
+
+// The point as seen from the area's centre, along its own axes.
+AreaPoint ownCoordinates(const AreaShape& area, AreaPoint point) {
+  const AreaPoint axis = direction(area.rotation);
+  const double x = point.x - area.centre.x;
+  const double y = point.y - area.centre.y;
+  return {x * axis.x + y * axis.y, y * axis.x - x * axis.y};
+}
+
+bool onEdge(AreaPoint a, AreaPoint b, AreaPoint p) {
+  const double cross = (b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x);
+  return cross == 0.0 && p.x >= std::min(a.x, b.x) && p.x <= std::max(a.x, b.x) &&
+         p.y >= std::min(a.y, b.y) && p.y <= std::max(a.y, b.y);
+}
+
+bool insidePolygon(const std::vector<AreaPoint>& vertices, AreaPoint p) {
+  bool inside = false;
+  for (std::size_t i = 0, last = vertices.size() - 1; i < vertices.size(); last = i++) {
+    const AreaPoint& a = vertices[i];
+    const AreaPoint& b = vertices[last];
+    if (onEdge(a, b, p)) return true;
+    const bool crosses = (a.y > p.y) != (b.y > p.y);
+    if (crosses && p.x < a.x + (b.x - a.x) * ((p.y - a.y) / (b.y - a.y))) inside = !inside;
+  }
+  return inside;
+}
+
+TMinMax around(AreaPoint centre, double reachX, double reachY) {
+  TMinMax box;
+  box.xMin = centre.x - reachX;
+  box.xMax = centre.x + reachX;
+  box.yMin = centre.y - reachY;
+  box.yMax = centre.y + reachY;
+  return box;
+}
+
+}  // namespace
+
+AreaShape AreaShape::circle(AreaPoint centre, double radius) {
+  AreaShape area;
+  area.centre = centre;
+  area.sizeX = area.sizeY = radius;
+  return area;
+}
+
+AreaShape AreaShape::ellipse(AreaPoint centre, double semiX, double semiY, double rotation) {
+  AreaShape area;
+  area.kind = AreaKind::kEllipse;
+  area.centre = centre;
+  area.sizeX = semiX;
+  area.sizeY = semiY;
+  area.rotation = rotation;
+  return area;
+}
+
+AreaShape AreaShape::rectangle(AreaPoint centre, double width, double height, double rotation) {
+  AreaShape area = ellipse(centre, width, height, rotation);
+  area.kind = AreaKind::kRectangle;
+  return area;
+}
+
+AreaShape AreaShape::polygon(std::vector<AreaPoint> vertices) {
+  AreaShape area;
+  area.kind = AreaKind::kPolygon;
+  area.vertices = std::move(vertices);
+  return area;
+}
+
+bool AreaShape::contains(AreaPoint point) const {
+  if (kind == AreaKind::kPolygon) return vertices.size() > 2 && insidePolygon(vertices, point);
+  if (kind == AreaKind::kCircle) {
+    const double x = point.x - centre.x;
+    const double y = point.y - centre.y;
+    return x * x + y * y <= sizeX * sizeX;
+  }
+  const AreaPoint own = ownCoordinates(*this, point);
+  if (kind == AreaKind::kRectangle) return std::abs(own.x) <= sizeX / 2.0 && std::abs(own.y) <= sizeY / 2.0;
+  const double x = own.x / sizeX;
+  const double y = own.y / sizeY;
+  return x * x + y * y <= 1.0;
+}
+
+TMinMax AreaShape::bounds() const {
+  switch (kind) {
+    case AreaKind::kCircle:
+      return around(centre, std::abs(sizeX), std::abs(sizeX));
+    case AreaKind::kEllipse:
+    case AreaKind::kRectangle: {
+      // The circle about the corners: an outline found exactly could lose a pixel to rounding.
+      const double reach = std::abs(sizeX) + std::abs(sizeY);
+      return around(centre, reach, reach);
+    }
+    case AreaKind::kPolygon:
+      break;
+  }
+  TMinMax box;
+  for (const AreaPoint& vertex : vertices) {
+    box.xMin = std::min(box.xMin, vertex.x);
+    box.xMax = std::max(box.xMax, vertex.x);
+    box.yMin = std::min(box.yMin, vertex.y);
+    box.yMax = std::max(box.yMax, vertex.y);
+  }
+  return box;
+}
+
+void fillMask(const AreaShape& area, ABitMatrix& mask, const TMinMax& range) {
+  const PixelAxis xAxis = pixelAxis(range.xMin, range.xMax, mask.columns());
+  const PixelAxis yAxis = pixelAxis(range.yMin, range.yMax, mask.rows());
+  const TMinMax box = area.bounds();
+  for (std::uint32_t row = 0; row < mask.rows(); ++row) {
+    const double y = (row + 1.0 - yAxis.reference) * yAxis.step;
+    if (!(y >= box.yMin && y <= box.yMax)) continue;
+    for (std::uint32_t column = 0; column < mask.columns(); ++column) {
+      const double x = (column + 1.0 - xAxis.reference) * xAxis.step;
+      if (x >= box.xMin && x <= box.xMax && area.contains({x, y})) mask.set(row, column, 1);
+    }
+  }
+}
+
+}  // namespace lumo
