@@ -5,8 +5,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScopeGuard>
-#include <algorithm>
-#include <cmath>
 
 #include "app/CLumoDlg.h"
 #include "app/Prompts.h"
@@ -14,23 +12,11 @@
 #include "clean/ui/CleanDialogWatcher.h"
 #include "core/TextForm.h"
 #include "run/RunDriver.h"
+#include "run/RunSummary.h"
 #include "view/AProgressCtrl.h"
 #include "view/StatusLabel.h"
 
 namespace lumo {
-
-namespace {
-
-/// Above this the CLEAN's beam matrix is not inverted well enough to tell the spectral terms apart.
-constexpr double kGoodInversion = 1e-6;
-
-double totalSeconds(const RunReport& report) {
-  double seconds = 0;
-  for (const auto& phase : report.phases) seconds += phase.second;
-  return seconds;
-}
-
-}  // namespace
 
 void CLumoDlg::runOrCancel() {
   // The second click of a double click on "Run" is no wish to cancel.
@@ -89,19 +75,7 @@ void CLumoDlg::setRunning(bool running) {
 }
 
 void CLumoDlg::reportRun() {
-  for (const RunProduct& product : report_.products)
-    if (!product.written) log_.add("Not written: " + product.path + ": " + product.why);
-  const auto written = std::count_if(report_.products.begin(), report_.products.end(),
-                                     [](const RunProduct& product) { return product.written; });
-  if (report_.iterations > 0)
-    log_.add("CLEAN: " + toStr(report_.iterations) +
-             (report_.stopped ? " iterations, stopped" : " iterations") + ", total flux " +
-             generalText(report_.totalFlux));
-  if (written > 0 && !(report_.inversionError <= kGoodInversion))
-    log_.add("The beams hardly tell the spectral terms apart (error of the inverted beam matrix " +
-             generalText(report_.inversionError) + "): try a lower order or a wider range of frequencies");
-  log_.add("Run ended after " + generalText(std::round(totalSeconds(report_) * 10) / 10) + " s, " +
-           toStr(written) + " products written");
+  for (const std::string& line : runSummaryLines(report_)) log_.add(line);
   if (report_.status.code() == StatusCode::kCancelled) {
     log_.add("The run was cancelled");
     controls_.status->setText("Cancelled");

@@ -2,7 +2,6 @@
 #include "cli/RunCommand.h"
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <iterator>
 #include <map>
@@ -21,21 +20,11 @@
 #include "core/Paths.h"
 #include "core/TextForm.h"
 #include "run/RunDriver.h"
+#include "run/RunSummary.h"
 
 namespace lumo {
 
 namespace {
-
-/// Says what a result without finite numbers comes from: the engine itself never fails.
-void warnOfBeams(const RunReport& report) {
-  constexpr double largestSoundError = 1e-3;
-  if (report.iterations == 0) return;
-  if (std::isfinite(report.totalFlux) && report.inversionError < largestSoundError) return;
-  complain(
-      "warning: the beams cannot tell the spectral terms apart, so the maps mean nothing: the order is more "
-      "than "
-      "the frequencies can carry, or the loop gain made CLEAN diverge");
-}
 
 Status wrongUsage(const std::string& text) {
   return {StatusCode::kInvalidValue, text};
@@ -219,7 +208,7 @@ int RunCommand::run() {
     report = RunDriver(company).Run(parameters_, list_);
     imaging_ = list_.imaging();
   }
-  warnOfBeams(report);
+  if (!areTermsTold(report)) complain(std::string("warning: ") + termsNotToldText());
   if (json_)
     printJson(runJson(report, {parameters_, imaging_}));
   else

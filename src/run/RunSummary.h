@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "run/RunReport.h"
+
+namespace lumo {
+
+/// Whether the products of a run mean anything as far as the numbers tell: the total flux is finite and the
+/// CLEAN's beam matrix was inverted to better than 1e-3. Otherwise the order is more than the frequencies can
+/// carry, or the loop gain made CLEAN diverge. True when no iteration was done.
+[[nodiscard]] bool areTermsTold(const RunReport& report);
+/// The sentence for a report of which areTermsTold() is false.
+[[nodiscard]] const char* termsNotToldText();
+
+/// What a log keeps of a run: products that were not written and why, iterations and total flux, a warning
+/// when the terms are not told apart, the time it took and the number of products. A failure of the run
+/// itself is not among them; it is the report's status.
+[[nodiscard]] std::vector<std::string> runSummaryLines(const RunReport& report);
+
+}  // namespace lumo
