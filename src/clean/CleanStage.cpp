@@ -122,7 +122,7 @@ Status CleanStage::checkSizes() const {
 Status CleanStage::clean(ABCleanEngine& engine, CleanWatcher& watcher, CleanObserver* observer) {
   const PhaseTimer timer(report_.seconds.clean);
   CleanWorker worker(engine, observer);
-  watcher.watch(worker, CleanScene(engine, *restoringBeam_, range_, input_.priority));
+  watcher.watch(worker, CleanScene(engine, *restoringBeam_, range_, input_.priority, header_));
   if (!worker.finished()) {
     worker.stop();
     worker.resume();
