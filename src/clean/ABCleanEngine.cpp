@@ -13,7 +13,10 @@ int ABCleanEngine::Run(const std::atomic<int>& stop, CleanObserver* observer) {
   step.increments.assign(static_cast<std::size_t>(terms()), 0.0);
   bool everFound = false;
   for (std::int64_t n = 1; n <= parameters_.iterations; ++n) {
-    if (stop.load(std::memory_order_relaxed) != 0) return 0;
+    if (stop.load(std::memory_order_relaxed) != 0) {
+      settle();
+      return 0;
+    }
     const double gain = loopGain(parameters_, n);
     const bool found = search(gain, step);
     everFound = everFound || found;
@@ -22,6 +25,7 @@ int ABCleanEngine::Run(const std::atomic<int>& stop, CleanObserver* observer) {
     if (observer != nullptr)
       observer->iterationDone({iterationsDone_, totalFlux_, gain, found, step.row, step.column, step.score});
   }
+  settle();
   return 1;
 }
 

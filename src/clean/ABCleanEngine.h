@@ -24,7 +24,7 @@ struct CleanStep {
 
 /// Joint CLEAN of the N dirty maps of a multi-frequency run. Engines differ in speed only: they give the same
 /// bits, because the loop below is shared and search() and subtract() are fixed to the order of every
-/// floating-point operation. Maps and beams are single precision, all arithmetic is double.
+/// floating-point operation on a pixel. Maps and beams are single precision, all arithmetic is double.
 ///
 ///     W, v, q := BeamMatrix;  C_j := 0;  F := 0
 ///     for n = 1 .. iterations
@@ -46,6 +46,9 @@ struct CleanStep {
 /// then beaten by any pixel after it, so the pixels before it are forgotten. When no pixel reaches a score of
 /// 0 the step before is applied again; nothing is applied while there is none yet.
 ///
+/// An engine may put the subtraction off; settle() makes up for it. The residual maps are those of the
+/// description when Run() has returned and after settle(), and must not be looked at otherwise.
+///
 /// Not copied. Run() is called once. While it runs, components, residuals and the figures below belong to its
 /// thread; another thread may touch them only where CleanWorker says so.
 class ABCleanEngine {
@@ -66,6 +69,10 @@ class ABCleanEngine {
   /// iteration only, when memory is short.
   int Run(const std::atomic<int>& stop, CleanObserver* observer);
 
+  /// Completes every subtraction that was put off. For the thread of Run(), between two iterations, which is
+  /// where the observer is called; costs up to some tens of plain iterations. Changes no result.
+  virtual void settle() {}
+
   [[nodiscard]] const CleanParameters& parameters() const { return parameters_; }
   /// N, the number of spectral terms.
   [[nodiscard]] std::int32_t terms() const { return residuals_.count(); }
@@ -82,7 +89,8 @@ class ABCleanEngine {
   virtual void prepare() {}
   /// The search of one iteration. Returns whether any pixel was chosen; `step` is left alone if none was.
   virtual bool search(double gain, CleanStep& step) = 0;
-  /// The subtraction of one step from every residual map.
+  /// The subtraction of one step from every residual map, C_j being up to date. May be put off until
+  /// settle().
   virtual void subtract(const CleanStep& step) = 0;
 
   [[nodiscard]] const APtrArray<AMatrix<float>*>& beams() const { return beams_; }

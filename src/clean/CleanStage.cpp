@@ -5,7 +5,6 @@
 #include <new>
 #include <utility>
 
-#include "clean/PlainCleanEngine.h"
 #include "clean/Restoration.h"
 #include "core/TextForm.h"
 #include "io/ProductNames.h"
@@ -66,9 +65,10 @@ CleanReport CleanStage::Run(CleanWatcher& watcher, CleanObserver* observer) {
 Status CleanStage::runPhases(CleanWatcher& watcher, CleanObserver* observer) {
   if (Status status = checkNames(); !status.ok()) return status;
   if (Status status = load(); !status.ok()) return status;
-  PlainCleanEngine engine(residuals_, beams_, input_.parameters);
-  if (Status status = clean(engine, watcher, observer); !status.ok()) return status;
-  writeProducts(engine);
+  const std::unique_ptr<ABCleanEngine> engine =
+      makeCleanEngine(input_.engine, input_.threads, residuals_, beams_, input_.parameters);
+  if (Status status = clean(*engine, watcher, observer); !status.ok()) return status;
+  writeProducts(*engine);
   return {};
 }
 

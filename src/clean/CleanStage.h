@@ -6,6 +6,7 @@
 #include <string>
 
 #include "clean/ABCleanEngine.h"
+#include "clean/CleanEngineChoice.h"
 #include "clean/CleanObserver.h"
 #include "clean/CleanParameters.h"
 #include "clean/CleanWatcher.h"
@@ -26,6 +27,8 @@ struct CleanInput {
   std::string prefix;                ///< of the products' names
   CleanParameters parameters;
   ThreadPriority priority = ThreadPriority::kNormal;
+  CleanEngineKind engine = CleanEngineKind::kFast;
+  int threads = 1;  ///< of the engine; the products do not depend on it
 };
 
 /// Wall-clock seconds of the stage's phases.

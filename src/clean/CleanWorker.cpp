@@ -93,6 +93,7 @@ void CleanWorker::iterationDone(const CleanProgress& progress) {
 }
 
 void CleanWorker::park() {
+  engine_.settle();
   std::unique_lock lock(mutex_);
   state_ = State::kParked;
   changed_.notify_all();

@@ -14,7 +14,7 @@ namespace lumo {
 /// The loops over terms are compiled for each of 1 to 4 terms, so that they unroll; more terms share one
 /// form. An iteration costs rows x columns x N^2 multiply-adds for the search and as many for the
 /// subtraction.
-class PlainCleanEngine final : public ABCleanEngine {
+class PlainCleanEngine : public ABCleanEngine {
  public:
   using ABCleanEngine::ABCleanEngine;
 

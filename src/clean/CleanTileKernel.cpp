@@ -1,0 +1,299 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "clean/CleanTileKernel.h"
+
+#include <algorithm>
+
+// Compiled once per instruction set; the one to run is chosen when the program runs. Vectors whose size is
+// unknown to the compiler cannot be kept in arrays, hence no SVE and no RISC-V vectors.
+#undef HWY_DISABLED_TARGETS
+#define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "clean/CleanTileKernel.cpp"
+#include <hwy/cache_control.h>
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace lumo::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// Of a cache line.
+constexpr std::size_t kFloatsPerLine = 16;
+
+/// Where the steps of one call meet the beams.
+struct Placement {
+  std::size_t count = 0;
+  const CleanUpdate* updates = nullptr;
+  std::size_t row[kMaxTileUpdates];       ///< beam row below the tile's first row
+  std::size_t column[kMaxTileUpdates];    ///< beam column below the tile's first column
+  std::size_t offset[kMaxTileUpdates];    ///< of the current row: beam element below its first pixel
+  std::size_t next[kMaxTileUpdates];      ///< of the row after it, the current one again at the last
+  std::size_t straight[kMaxTileUpdates];  ///< pixels of a tile row before the beam's columns wrap
+  bool wraps = false;                     ///< whether any step's columns wrap inside the tile
+};
+
+HWY_INLINE std::size_t wrapped(std::int64_t index, std::size_t size) {
+  const auto period = static_cast<std::int64_t>(size);
+  if (index < 0) return static_cast<std::size_t>(index + period);
+  return static_cast<std::size_t>(index >= period ? index - period : index);
+}
+
+HWY_INLINE void place(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                      std::size_t count, Placement& placement) {
+  const std::size_t width = area.lastColumn - area.firstColumn;
+  placement.count = count;
+  placement.updates = updates;
+  for (std::size_t p = 0; p < count; ++p) {
+    const auto row = static_cast<std::int64_t>(maps.beamRows / 2) - updates[p].row + area.firstRow;
+    const auto column =
+        static_cast<std::int64_t>(maps.beamColumns / 2) - updates[p].column + area.firstColumn;
+    placement.row[p] = wrapped(row, maps.beamRows);
+    placement.column[p] = wrapped(column, maps.beamColumns);
+    placement.straight[p] = std::min(width, maps.beamColumns - placement.column[p]);
+    placement.wraps = placement.wraps || placement.straight[p] < width;
+  }
+}
+
+/// Beam element below the first pixel of a tile row.
+HWY_INLINE std::size_t elementBelow(const CleanTileMaps& maps, const Placement& placement, std::size_t p,
+                                    std::size_t row) {
+  const std::size_t beamRow = placement.row[p] + row;
+  return (beamRow >= maps.beamRows ? beamRow - maps.beamRows : beamRow) * maps.beamColumns +
+         placement.column[p];
+}
+
+/// Best score so far per lane of D.
+template <class D>
+struct LaneBest {
+  using V = hn::Vec<D>;
+  HWY_INLINE explicit LaneBest(D d) : score(hn::Zero(d)), place(hn::Set(d, -1.0)), norm(hn::Zero(d)) {}
+  V score;
+  V place;  ///< offset of the pixel less its lane, exact as a double; -1 while there is none
+  V norm;
+};
+
+/// The constants of a search.
+struct SearchConstants {
+  double gain;
+  double h;
+  double scale;
+};
+
+template <int kTerms, bool kNonNegative, class D, class V = hn::Vec<D>>
+HWY_INLINE void searchLanes(D d, const CleanTileMaps& maps, const SearchConstants& constants, const V* r,
+                            std::size_t offset, LaneBest<D>& best) {
+  const hn::Rebind<float, D> df;
+  V sum = hn::Zero(d);
+  V a = hn::Zero(d);
+  HWY_UNROLL(4)
+  for (int j = kTerms - 1; j >= 0; --j) {
+    a = hn::Zero(d);
+    HWY_UNROLL(4)
+    for (int k = 0; k < kTerms; ++k) a = hn::Add(a, hn::Mul(r[k], hn::Set(d, maps.inverse[j * kTerms + k])));
+    sum = hn::Add(sum, hn::Mul(r[j], a));
+  }
+  V score = hn::Mul(sum, hn::Set(d, constants.scale));
+  if constexpr (kNonNegative) {
+    // `a` is a_0, the last to be formed.
+    const V current = hn::PromoteTo(d, hn::LoadU(df, maps.intensity + offset));
+    const V tentative = hn::Add(hn::Mul(a, hn::Set(d, constants.gain)), current);
+    const V reach = hn::Add(hn::Mul(hn::Set(d, constants.h), a), current);
+    const V loss = hn::Mul(reach, hn::Mul(tentative, hn::Set(d, maps.q)));
+    score = hn::IfThenElse(hn::Lt(tentative, hn::Zero(d)), hn::Sub(score, loss), score);
+  }
+  const auto better = hn::Ge(score, best.score);
+  best.score = hn::IfThenElse(better, score, best.score);
+  best.place = hn::IfThenElse(better, hn::Set(d, static_cast<double>(offset)), best.place);
+  best.norm = hn::Max(best.norm, sum);
+}
+
+template <class D>
+HWY_INLINE void reduce(D d, const LaneBest<D>& lanes, CleanTileBest& best) {
+  double score[hn::MaxLanes(d)];
+  double place[hn::MaxLanes(d)];
+  double norm[hn::MaxLanes(d)];
+  hn::StoreU(lanes.score, d, score);
+  hn::StoreU(lanes.place, d, place);
+  hn::StoreU(lanes.norm, d, norm);
+  for (std::size_t lane = 0; lane < hn::Lanes(d); ++lane) {
+    best.norm = std::max(best.norm, norm[lane]);
+    if (place[lane] < 0.0) continue;
+    const std::size_t offset = static_cast<std::size_t>(place[lane]) + lane;
+    if (best.found && (score[lane] < best.score || (score[lane] == best.score && offset < best.offset)))
+      continue;
+    best.found = true;
+    best.score = score[lane];
+    best.offset = offset;
+  }
+}
+
+/// Subtracts the steps from .. to - 1 from kVectors vectors of pixels of one row, `pixel` pixels after the
+/// tile's first, with the residuals in registers.
+template <int kTerms, int kVectors, class D, class V>
+HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const Placement& placement, std::size_t from,
+                              std::size_t to, std::ptrdiff_t pixel, V (&r)[kVectors][kTerms]) {
+  const hn::Rebind<float, D> df;
+  const std::size_t lanes = hn::Lanes(d);
+  for (std::size_t p = from; p < to; ++p) {
+    const std::ptrdiff_t start = static_cast<std::ptrdiff_t>(placement.offset[p]) + pixel;
+    const std::ptrdiff_t ahead = static_cast<std::ptrdiff_t>(placement.next[p]) + pixel;
+    // The rows of many beams are too short and too many for the processor to foresee.
+    HWY_UNROLL(8)
+    for (int m = 0; m < 2 * kTerms - 1; ++m)
+      for (std::size_t line = 0; line < kVectors * lanes; line += kFloatsPerLine)
+        hwy::Prefetch(maps.beams[m] + ahead + line);
+    const double* const increments = placement.updates[p].increments;
+    HWY_UNROLL(8)
+    for (int v = 0; v < kVectors; ++v) {
+      V beam[2 * kTerms - 1];
+      HWY_UNROLL(8)
+      for (int m = 0; m < 2 * kTerms - 1; ++m)
+        beam[m] =
+            hn::PromoteTo(d, hn::LoadU(df, maps.beams[m] + start + v * static_cast<std::ptrdiff_t>(lanes)));
+      HWY_UNROLL(4)
+      for (int j = 0; j < kTerms; ++j) {
+        HWY_UNROLL(4)
+        for (int k = 0; k < kTerms; ++k) {
+          const V value = hn::Sub(r[v][k], hn::Mul(beam[k + j], hn::Set(d, increments[j])));
+          r[v][k] = hn::PromoteTo(d, hn::DemoteTo(df, value));
+        }
+      }
+    }
+  }
+}
+
+/// kVectors vectors of pixels of one row: load, subtract, store and, where asked for, search.
+template <int kTerms, int kVectors, bool kNonNegative, bool kSearch, class D>
+HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const Placement& placement, std::size_t from,
+                          std::size_t to, std::size_t offset, std::ptrdiff_t pixel,
+                          const SearchConstants& constants, LaneBest<D>& best) {
+  const hn::Rebind<float, D> df;
+  const std::size_t lanes = hn::Lanes(d);
+  hn::Vec<D> r[kVectors][kTerms];
+  HWY_UNROLL(8)
+  for (int v = 0; v < kVectors; ++v) HWY_UNROLL(4)
+  for (int k = 0; k < kTerms; ++k)
+    r[v][k] = hn::PromoteTo(d, hn::LoadU(df, maps.maps[k] + offset + static_cast<std::size_t>(v) * lanes));
+  subtractLanes<kTerms, kVectors>(d, maps, placement, from, to, pixel, r);
+  HWY_UNROLL(8)
+  for (int v = 0; v < kVectors; ++v) {
+    const std::size_t at = offset + static_cast<std::size_t>(v) * lanes;
+    HWY_UNROLL(4)
+    for (int k = 0; k < kTerms; ++k) hn::StoreU(hn::DemoteTo(df, r[v][k]), df, maps.maps[k] + at);
+    if constexpr (kSearch) searchLanes<kTerms, kNonNegative>(d, maps, constants, r[v], at, best);
+  }
+}
+
+using Wide = hn::ScalableTag<double>;
+using Single = hn::CappedTag<double, 1>;
+
+/// Best pixels of the whole vectors and of the pixels left over at the end of the rows.
+struct TileSearch {
+  LaneBest<Wide> wide;
+  LaneBest<Single> single;
+};
+
+/// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1, which
+/// do not wrap in it once `shift` is added to their beam element.
+template <int kTerms, bool kNonNegative, bool kSearch>
+HWY_INLINE void passRow(const CleanTileMaps& maps, const Placement& placement, std::size_t from,
+                        std::size_t to, std::size_t offset, std::size_t begin, std::size_t end,
+                        std::ptrdiff_t shift, const SearchConstants& constants, TileSearch& best) {
+  // As many residuals in registers as hide the latency of the two roundings, and no more than fit.
+  constexpr int kVectors = kTerms == 1 ? 8 : kTerms == 2 ? 4 : 2;
+  const Wide d;
+  const Single single;
+  const std::size_t lanes = hn::Lanes(d);
+  std::size_t i = begin;
+  for (; i + kVectors * lanes <= end; i += kVectors * lanes)
+    passLanes<kTerms, kVectors, kNonNegative, kSearch>(d, maps, placement, from, to, offset + i,
+                                                       shift + static_cast<std::ptrdiff_t>(i), constants,
+                                                       best.wide);
+  for (; i + lanes <= end; i += lanes)
+    passLanes<kTerms, 1, kNonNegative, kSearch>(d, maps, placement, from, to, offset + i,
+                                                shift + static_cast<std::ptrdiff_t>(i), constants, best.wide);
+  for (; i < end; ++i)
+    passLanes<kTerms, 1, kNonNegative, kSearch>(single, maps, placement, from, to, offset + i,
+                                                shift + static_cast<std::ptrdiff_t>(i), constants,
+                                                best.single);
+}
+
+/// One tile row whose steps meet the end of a beam row inside it: step by step, in two parts.
+template <int kTerms, bool kNonNegative>
+HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const Placement& placement, std::size_t offset,
+                                  std::size_t width, const SearchConstants& constants, TileSearch& best) {
+  const std::ptrdiff_t period = -static_cast<std::ptrdiff_t>(maps.beamColumns);
+  for (std::size_t p = 0; p < placement.count; ++p) {
+    const std::size_t cut = placement.straight[p];
+    passRow<kTerms, kNonNegative, false>(maps, placement, p, p + 1, offset, 0, cut, 0, constants, best);
+    passRow<kTerms, kNonNegative, false>(maps, placement, p, p + 1, offset, cut, width, period, constants,
+                                         best);
+  }
+}
+
+template <int kTerms, bool kNonNegative>
+HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileArea& area,
+                                    const CleanUpdate* updates, std::size_t count, double gain) {
+  Placement placement;
+  place(maps, area, updates, count, placement);
+  const double h = 2.0 - gain;
+  const SearchConstants constants{gain, h, h * gain};
+  const std::size_t width = area.lastColumn - area.firstColumn;
+  const std::size_t last = area.lastRow - 1;
+  TileSearch search{LaneBest<Wide>(Wide()), LaneBest<Single>(Single())};
+  for (std::size_t row = area.firstRow; row < area.lastRow; ++row) {
+    for (std::size_t p = 0; p < count; ++p) {
+      placement.offset[p] = elementBelow(maps, placement, p, row - area.firstRow);
+      placement.next[p] = elementBelow(maps, placement, p, std::min(row + 1, last) - area.firstRow);
+    }
+    const std::size_t offset = row * maps.mapColumns + area.firstColumn;
+    if (placement.wraps)
+      subtractWrapped<kTerms, kNonNegative>(maps, placement, offset, width, constants, search);
+    passRow<kTerms, kNonNegative, true>(maps, placement, 0, placement.wraps ? 0 : count, offset, 0, width, 0,
+                                        constants, search);
+  }
+  CleanTileBest best;
+  reduce(Wide(), search.wide, best);
+  reduce(Single(), search.single, best);
+  return best;
+}
+
+template <int kTerms>
+CleanTileBest passTerms(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                        std::size_t count, double gain) {
+  return maps.nonNegative ? passTile<kTerms, true>(maps, area, updates, count, gain)
+                          : passTile<kTerms, false>(maps, area, updates, count, gain);
+}
+
+CleanTileBest updateTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                         std::size_t count, double gain) {
+  switch (maps.terms) {
+    case 1:
+      return passTerms<1>(maps, area, updates, count, gain);
+    case 2:
+      return passTerms<2>(maps, area, updates, count, gain);
+    case 3:
+      return passTerms<3>(maps, area, updates, count, gain);
+    default:
+      return passTerms<4>(maps, area, updates, count, gain);
+  }
+}
+
+}  // namespace lumo::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace lumo {
+
+HWY_EXPORT(updateTile);
+
+CleanTileBest updateCleanTile(const CleanTileMaps& maps, const CleanTileArea& area,
+                              const CleanUpdate* updates, std::size_t count, double gain) {
+  return HWY_DYNAMIC_DISPATCH(updateTile)(maps, area, updates, count, gain);
+}
+
+}  // namespace lumo
+
+#endif
