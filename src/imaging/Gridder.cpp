@@ -27,9 +27,7 @@ ChannelMean averageChannels(const AUVXVisibility& visibility, const AStokesMix& 
   ChannelMean mean;
   for (int channel = 0; channel < visibility.channels(); ++channel) {
     const AUVXComplex value = mix.GetVisible(&visibility(ifIndex, channel, 0), 0);
-    const bool usable = std::isfinite(value.Re()) && std::isfinite(value.Im()) &&
-                        std::isfinite(value.Weight()) && value.Weight() > 0;
-    if (!usable) continue;
+    if (!value.isUsable()) continue;
     re += value.Re();
     im += value.Im();
     weight += value.Weight();

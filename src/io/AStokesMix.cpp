@@ -22,11 +22,6 @@ constexpr QuantityName kQuantities[] = {{StokesQuantity::kI, "I", 1},    {Stokes
                                         {StokesQuantity::kYY, "YY", -6}, {StokesQuantity::kV, "V", 4},
                                         {StokesQuantity::kQ, "Q", 2},    {StokesQuantity::kU, "U", 3}};
 
-bool usable(const AUVXComplex& value) {
-  return std::isfinite(value.Re()) && std::isfinite(value.Im()) && std::isfinite(value.Weight()) &&
-         value.Weight() > 0;
-}
-
 }  // namespace
 
 AUVXStokes::AUVXStokes(const AUVXFile& file) {
@@ -48,7 +43,7 @@ AUVXComplex AStokesMix::GetVisible(const AUVXComplex* products, int offset) cons
   const AUVXComplex& b = products[offset + second_];
   const double re = (double{a.Re()} + double{b.Re()}) / 2;
   const double im = (double{a.Im()} + double{b.Im()}) / 2;
-  if (!usable(a) || !usable(b)) return {re, im, 0.0};
+  if (!a.isUsable() || !b.isUsable()) return {re, im, 0.0};
   const double wa = a.Weight();
   const double wb = b.Weight();
   return {re, im, 4 * wa * wb / (wa + wb)};

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cmath>
+
 namespace lumo {
 
 /// A complex visibility with its weight, three floats as a UVX file stores them. A weight <= 0 (or one that
@@ -14,6 +16,10 @@ class AUVXComplex {
   [[nodiscard]] float Re() const { return re_; }
   [[nodiscard]] float Im() const { return im_; }
   [[nodiscard]] float Weight() const { return weight_; }
+  /// True when all three numbers are finite and the weight is above 0: everything else is rejected data.
+  [[nodiscard]] bool isUsable() const {
+    return std::isfinite(re_) && std::isfinite(im_) && std::isfinite(weight_) && weight_ > 0;
+  }
 
  private:
   float re_ = 0;

@@ -11,15 +11,6 @@
 
 namespace lumo {
 
-namespace {
-
-bool usable(const AUVXComplex& value) {
-  return std::isfinite(value.Re()) && std::isfinite(value.Im()) && std::isfinite(value.Weight()) &&
-         value.Weight() > 0;
-}
-
-}  // namespace
-
 UvxStatistics::UvxStatistics(const UvxShape& shape, std::span<const UvxSelection> selections)
     : shape_(shape) {
   for (const UvxSelection& selection : selections) {
@@ -48,7 +39,7 @@ void UvxStatistics::add(const UvxRecord& record, std::span<const AUVXComplex> vi
       band.visibilities += perIf;
       if (record.flag != 0 || !std::isfinite(seconds)) continue;
       for (const AUVXComplex& value : visibilities.subspan(i * perIf, perIf)) {
-        if (!usable(value)) continue;
+        if (!value.isUsable()) continue;
         ++band.usable;
         band.weightSum += value.Weight();
       }
