@@ -11,6 +11,7 @@
 #include "app/RunPump.h"
 #include "clean/ui/CleanDialogWatcher.h"
 #include "core/TextForm.h"
+#include "core/ThreadCount.h"
 #include "run/RunDriver.h"
 #include "run/RunSummary.h"
 #include "view/AProgressCtrl.h"
@@ -59,6 +60,7 @@ void CLumoDlg::runStages() {
   RunCompany company;
   company.indicators = pump.indicators(cancel_);
   company.clean = &watcher;
+  company.threads = threadCount(0);
   company.priority = GetPriorityConst(controls_.priority->currentIndex());
   report_ = RunDriver(company).Run(parameters_, list_);
 }

@@ -1,31 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "clean/CleanStage.h"
 
-#include <chrono>
 #include <new>
 #include <utility>
 
 #include "clean/Restoration.h"
+#include "core/PhaseTimer.h"
 #include "core/TextForm.h"
 #include "io/ProductNames.h"
 
 namespace lumo {
 
 namespace {
-
-/// Adds the time of its life to one of the report's phases.
-class PhaseTimer {
- public:
-  explicit PhaseTimer(double& seconds) : seconds_(seconds), start_(Clock::now()) {}
-  PhaseTimer(const PhaseTimer&) = delete;
-  PhaseTimer& operator=(const PhaseTimer&) = delete;
-  ~PhaseTimer() { seconds_ += std::chrono::duration<double>(Clock::now() - start_).count(); }
-
- private:
-  using Clock = std::chrono::steady_clock;
-  double& seconds_;
-  Clock::time_point start_;
-};
 
 std::string sizeText(const AMatrix<float>& map) {
   return toStr(map.rows()) + " rows x " + toStr(map.columns()) + " columns";

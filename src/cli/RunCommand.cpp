@@ -19,6 +19,7 @@
 #include "core/FileIdentity.h"
 #include "core/Paths.h"
 #include "core/TextForm.h"
+#include "core/ThreadCount.h"
 #include "run/RunDriver.h"
 #include "run/RunSummary.h"
 
@@ -57,7 +58,8 @@ void RunCommand::declare(CLI::App& program) {
       ->take_all()
       ->allow_extra_args(false);
   declareImaging(*command);
-  command->add_option("--threads", threads_, "threads at most, 0: all cores; every stage uses one at present")
+  command->add_option("--threads", threads_, "threads at most, 0: all cores; the products are the same")
+      ->capture_default_str()
       ->check(CLI::NonNegativeNumber);
   command->add_flag("--json", json_, "print one JSON object");
 }
@@ -205,6 +207,7 @@ int RunCommand::run() {
     RunCompany company;
     company.indicators = progress.indicators(interrupt);
     company.clean = &watcher;
+    company.threads = threadCount(threads_);
     report = RunDriver(company).Run(parameters_, list_);
     imaging_ = list_.imaging();
   }

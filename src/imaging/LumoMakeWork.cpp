@@ -3,11 +3,11 @@
 
 #include <algorithm>
 #include <cctype>
-#include <chrono>
 #include <cmath>
 #include <new>
 #include <utility>
 
+#include "core/PhaseTimer.h"
 #include "core/Units.h"
 #include "imaging/BeamMomentAccumulator.h"
 #include "imaging/Fft.h"
@@ -21,21 +21,6 @@
 namespace lumo {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-/// Adds the time of its own life to a phase.
-class PhaseTimer {
- public:
-  explicit PhaseTimer(double& seconds) : seconds_(seconds) {}
-  PhaseTimer(const PhaseTimer&) = delete;
-  PhaseTimer& operator=(const PhaseTimer&) = delete;
-  ~PhaseTimer() { seconds_ += std::chrono::duration<double>(Clock::now() - start_).count(); }
-
- private:
-  double& seconds_;
-  Clock::time_point start_ = Clock::now();
-};
 
 bool namesJansky(std::string unit) {
   std::transform(unit.begin(), unit.end(), unit.begin(),

@@ -4,13 +4,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <exception>
 #include <new>
 #include <utility>
 
 #include "clean/CleanStage.h"
 #include "core/PendingFile.h"
+#include "core/PhaseTimer.h"
 #include "core/TextForm.h"
 #include "core/Units.h"
 #include "io/AUVXFile.h"
@@ -19,20 +19,6 @@
 #include "run/SpectralIndexMap.h"
 
 namespace lumo {
-
-namespace {
-
-class Stopwatch {
- public:
-  [[nodiscard]] double seconds() const {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-  }
-
- private:
-  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};
-
-}  // namespace
 
 RunReport RunDriver::Run(const RunParameters& parameters, UvxFileList& files) {
   const Stopwatch watch;
@@ -122,6 +108,7 @@ Status RunDriver::clean() {
                       .nonNegative = parameters_.nonNegative,
                       .variableGain = parameters_.variableGain};
   input.priority = company_.priority;
+  input.threads = company_.threads;
   CleanStage stage(std::move(input));
   const CleanReport cleaned = stage.Run(*company_.clean, company_.cleanObserver);
   report_.iterations = cleaned.iterations;

@@ -25,6 +25,8 @@ struct RunCompany {
   CleanWatcher* clean = nullptr;
   CleanObserver* cleanObserver = nullptr;
   ThreadPriority priority = ThreadPriority::kNormal;
+  /// Threads at most, 1 or more. The products do not depend on it.
+  int threads = 1;
   /// Called once the parameters are accepted: areas marked on the maps of an earlier run no longer hold.
   std::function<void()> discardAreas;
 };
