@@ -248,7 +248,7 @@ TEST_F(CommandLineTest, MemoryOfARunDoesNotGrowWithTheInput) {
   EXPECT_LT(resident[1] - resident[0], 24000);
 }
 
-TEST_F(CommandLineTest, SameRunTwiceGivesTheSameBytes) {
+TEST_F(CommandLineTest, SameRunGivesTheSameBytesAgainAndOnAnyNumberOfThreads) {
   const Words files = simulated();
   ::setenv("SOURCE_DATE_EPOCH", "1700000000", 1);
   ASSERT_EQ(runOn(files, {"--iterations", "50"}), 0) << err_;
@@ -256,8 +256,11 @@ TEST_F(CommandLineTest, SameRunTwiceGivesTheSameBytes) {
   for (const auto& entry : std::filesystem::directory_iterator(folder_.file("maps")))
     first.emplace_back(entry.path(), test::readFile(entry.path()));
   ASSERT_EQ(first.size(), 12u);
-  ASSERT_EQ(runOn(files, {"--iterations", "50"}), 0) << err_;
-  for (const auto& [path, bytes] : first) EXPECT_EQ(test::readFile(path) == bytes, true) << path;
+  for (const char* const threads : {"0", "1", "2", "3", "8"}) {
+    ASSERT_EQ(runOn(files, {"--iterations", "50", "--threads", threads}), 0) << err_;
+    for (const auto& [path, bytes] : first)
+      EXPECT_EQ(test::readFile(path) == bytes, true) << path << ", threads " << threads;
+  }
   ::unsetenv("SOURCE_DATE_EPOCH");
 }
 
