@@ -70,6 +70,7 @@ Status RunDriver::prepare(UvxFileList& files) {
     return status;
   inputs_ = inStep(files.inputs());
   Status status = checkInputs(parameters_, inputs_, files.imaging(), company_.indicators, facts_);
+  if (status.ok() && company_.acceptInputs && inputs_.count() > 0) status = company_.acceptInputs(facts_);
   addPhase("check", watch.seconds());
   return status;
 }

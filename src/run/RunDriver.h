@@ -27,6 +27,9 @@ struct RunCompany {
   ThreadPriority priority = ThreadPriority::kNormal;
   /// Threads at most, 1 or more. The products do not depend on it.
   int threads = 1;
+  /// Asked once the inputs are checked, with the facts of each in its order; a failure ends the run before it
+  /// touches anything.
+  std::function<Status(const std::vector<InputFileFacts>&)> acceptInputs;
   /// Called once the parameters are accepted: areas marked on the maps of an earlier run no longer hold.
   std::function<void()> discardAreas;
 };

@@ -6,6 +6,7 @@
 
 #include "core/TextForm.h"
 #include "core/Version.h"
+#include "run/RunHistoryLines.h"
 
 namespace lumo {
 
@@ -46,43 +47,6 @@ std::string selectedText(const ABitArray& mask) {
   return text;
 }
 
-void addParameters(Lines& lines, const RunParameters& p) {
-  lines.add("ITER", p.iterations);
-  lines.add("POROG", p.indexThreshold);
-  lines.add("MINRANGE", p.indexMin);
-  lines.add("MAXRANGE", p.indexMax);
-  lines.add("ORDER", p.order);
-  lines.add("GAIN", p.gain);
-  lines.add("FQCENTER", p.referenceMhz);
-  lines.add("PREFIX", p.prefix);
-  lines.add("NONREG", p.nonNegative);
-  lines.add("VARGAIN", p.variableGain);
-  lines.add("FOLDER", p.folder);
-}
-
-void addImaging(Lines& lines, const ABMakeParameters& p) {
-  lines.add("uvLimitU", p.uvLimitU);
-  lines.add("uvLimitV", p.uvLimitV);
-  lines.add("uvScaleU", p.uvScaleU);
-  lines.add("uvScaleV", p.uvScaleV);
-  lines.add("shiftX", p.shiftX);
-  lines.add("shiftY", p.shiftY);
-  lines.add("halfSizeX", p.halfSizeX);
-  lines.add("halfSizeY", p.halfSizeY);
-  lines.add("weightingMode", p.weightingMode);
-  lines.add("uniformBoxU", p.uniformBoxU);
-  lines.add("uniformBoxV", p.uniformBoxV);
-  lines.add("kernelWidthU", p.kernelWidthU);
-  lines.add("kernelWidthV", p.kernelWidthV);
-  lines.add("kernelType", p.kernelType);
-  lines.add("taperWidthU", p.taperWidthU);
-  lines.add("taperWidthV", p.taperWidthV);
-  lines.add("taperParam3", p.taperParam3);
-  lines.add("taperParam4", p.taperParam4);
-  lines.add("taperType", p.taperType);
-  lines.add("useVisWeights", p.useVisWeights);
-}
-
 }  // namespace
 
 std::vector<std::string> runHistory(const RunParameters& parameters, const ABMakeParameters& imaging,
@@ -90,8 +54,9 @@ std::vector<std::string> runHistory(const RunParameters& parameters, const ABMak
                                     const std::vector<InputFileFacts>& facts) {
   Lines lines;
   lines.add("PROGRAM", programVersion());
-  addParameters(lines, parameters);
-  addImaging(lines, imaging);
+  const auto add = [&lines](const char* name, const auto& value) { lines.add(name, value); };
+  forEachRunLine(parameters, add);
+  forEachImagingLine(imaging, add);
   lines.add("NUVX", inputs.count());
   for (std::int32_t i = 0; i < inputs.count(); ++i) {
     const InputFileFacts& fact = facts[static_cast<std::size_t>(i)];
