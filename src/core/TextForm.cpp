@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdarg>
+#include <cstdio>
 #include <limits>
 #include <system_error>
 
@@ -65,6 +67,15 @@ std::string generalText(double value) {
 
 std::string toStr(std::int64_t value) {
   return std::to_string(value);
+}
+
+std::string formatted(const char* format, ...) {
+  char line[512];
+  std::va_list values;
+  va_start(values, format);
+  std::vsnprintf(line, sizeof line, format, values);
+  va_end(values);
+  return line;
 }
 
 std::string printable(std::string_view text) {

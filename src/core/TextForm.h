@@ -17,6 +17,9 @@ namespace lumo {
 /// Six significant digits, general notation ("%g", the default of a text stream).
 [[nodiscard]] std::string generalText(double value);
 [[nodiscard]] std::string toStr(std::int64_t value);
+/// What printf would print of numbers and short names, cut after 511 bytes. For tables that people read: the
+/// decimal point is that of the process's locale, which the front ends leave at "C".
+[[nodiscard, gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...);
 
 /// The text with every control byte replaced by "?": what came from a file must not steer a terminal.
 [[nodiscard]] std::string printable(std::string_view text);
