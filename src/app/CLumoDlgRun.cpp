@@ -61,6 +61,11 @@ void CLumoDlg::runStages() {
   company.indicators = pump.indicators(cancel_);
   company.clean = &watcher;
   company.threads = threadCount(0);
+  company.tellPreFlight = [this](const PreFlight& found) {
+    for (const std::string& line : preFlightLines(found)) log_.add(line);
+    for (const std::string& warning : preFlightWarnings(found, parameters_.order))
+      log_.add("Warning: " + warning);
+  };
   company.priority = GetPriorityConst(controls_.priority->currentIndex());
   report_ = RunDriver(company).Run(parameters_, list_);
 }

@@ -36,7 +36,11 @@ Status wrongUsage(const std::string& text) {
 void RunCommand::declare(CLI::App& program) {
   CLI::App* const command =
       program.add_subcommand("run", "Image UVX files: maps, beams, CLEAN, spectral index");
-  command->add_option("files", files_, "UVX files of one source")->required();
+  command->add_option("files", files_, "UVX files of one source");
+  command->add_option(
+      "--from", from_,
+      "MAP: run again what made this map, on the inputs in its history or, where they have "
+      "moved, on the files given; no other option but --folder, --prefix, --threads and --json");
   command->add_option("--folder", parameters_.folder, "work folder; made when missing")->required();
   command->add_option("--prefix", parameters_.prefix, "start of the products' names")->capture_default_str();
   command->add_option("--reference", reference_, "reference frequency, MHz, or 'center'")
@@ -58,6 +62,7 @@ void RunCommand::declare(CLI::App& program) {
       ->take_all()
       ->allow_extra_args(false);
   declareImaging(*command);
+  command_ = command;
   command->add_option("--threads", threads_, "threads at most, 0: all cores; the products are the same")
       ->capture_default_str()
       ->check(CLI::NonNegativeNumber);
@@ -81,6 +86,8 @@ void RunCommand::declareImaging(CLI::App& command) {
 }
 
 Status RunCommand::prepare() {
+  if (!from_.empty()) return prepareFrom();
+  if (files_.empty()) return wrongUsage("no files are given: name the UVX files, or a map with --from");
   if (parameters_.folder.empty()) return wrongUsage("--folder is empty; give the folder for the products");
   parameters_.folder = withSeparator(parameters_.folder);
   Status status = takeImagingOptions();
@@ -208,6 +215,11 @@ int RunCommand::run() {
     company.indicators = progress.indicators(interrupt);
     company.clean = &watcher;
     company.threads = threadCount(threads_);
+    company.tellPreFlight = [this](const PreFlight& found) { printPreFlight(found, parameters_.order); };
+    if (!from_.empty())
+      company.acceptInputs = [this](const std::vector<InputFileFacts>& facts) {
+        return compareInputs(recalled_, files_, facts);
+      };
     report = RunDriver(company).Run(parameters_, list_);
     imaging_ = list_.imaging();
   }

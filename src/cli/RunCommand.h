@@ -9,6 +9,7 @@
 #include "core/Status.h"
 #include "imaging/ABMakeParameters.h"
 #include "run/RunParameters.h"
+#include "run/RunRecall.h"
 #include "run/UvxFileList.h"
 
 namespace lumo {
@@ -30,6 +31,10 @@ class RunCommand final : public Command {
   [[nodiscard]] Status takeImagingOptions();
   [[nodiscard]] Status checkOptionsHaveEffect() const;
   [[nodiscard]] Status makeFolder() const;
+  /// The same as prepare() for a run that is taken from the history of a map.
+  [[nodiscard]] Status prepareFrom();
+  [[nodiscard]] Status checkFromStandsAlone() const;
+  [[nodiscard]] Status checkMapIsNoProduct() const;
 
   std::vector<std::string> files_;
   RunParameters parameters_;
@@ -39,6 +44,9 @@ class RunCommand final : public Command {
   std::string weighting_ = "natural", kernel_ = "pillbox", taper_ = "none";
   bool noVisWeights_ = false;
   ABMakeParameters imaging_;
+  std::string from_;
+  RecalledRun recalled_;
+  const CLI::App* command_ = nullptr;
   int threads_ = 0;
   bool json_ = false;
   UvxFileList list_;

@@ -38,7 +38,35 @@ Json settingsJson(const RunSettings& settings) {
           {"vis_weights", m.useVisWeights != 0}};
 }
 
+Json preFlightJson(const PreFlight& found, std::int32_t order) {
+  Json files = Json::array();
+  for (const PreFlightFile& file : found.files)
+    files.push_back({{"file", file.name},
+                     {"min_hz", finiteOrNull(file.minHz)},
+                     {"max_hz", finiteOrNull(file.maxHz)},
+                     {"records", file.records},
+                     {"visibilities", file.visibilities},
+                     {"usable", file.usable},
+                     {"rejected_share", file.rejectedShare()},
+                     {"weight_sum", finiteOrNull(file.weightSum)},
+                     {"uv_min", finiteOrNull(file.uvMin)},
+                     {"uv_max", finiteOrNull(file.uvMax)}});
+  return {{"files", files},
+          {"points", found.points},
+          {"outside_share", found.outsideShare()},
+          {"cell_arcsec", {finiteOrNull(found.cellX), finiteOrNull(found.cellY)}},
+          {"cell_keeping_all_arcsec", {finiteOrNull(found.cellXAll), finiteOrNull(found.cellYAll)}},
+          {"distinct_frequencies", found.distinctFrequencies},
+          {"terms_condition", finiteOrNull(found.condition)},
+          {"warnings", preFlightWarnings(found, order)}};
+}
+
 }  // namespace
+
+void printPreFlight(const PreFlight& preFlight, std::int32_t order) {
+  for (const std::string& line : preFlightLines(preFlight)) std::fprintf(stderr, "%s\n", line.c_str());
+  for (const std::string& warning : preFlightWarnings(preFlight, order)) complain("warning: " + warning);
+}
 
 void printRun(const RunReport& report) {
   std::size_t written = 0;
@@ -76,6 +104,9 @@ Json runJson(const RunReport& report, const RunSettings& settings) {
                {{"min_hz", surveyed ? finiteOrNull(report.survey.minHz) : Json(nullptr)},
                 {"max_hz", surveyed ? finiteOrNull(report.survey.maxHz) : Json(nullptr)},
                 {"number", report.survey.number}}},
+              {"preflight", report.preFlight.files.empty()
+                                ? Json(nullptr)
+                                : preFlightJson(report.preFlight, settings.parameters.order)},
               {"iterations", report.iterations},
               {"stopped", report.stopped},
               {"total_flux", finiteOrNull(report.totalFlux)},

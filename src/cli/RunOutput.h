@@ -17,6 +17,8 @@ struct RunSettings {
 /// The summary for a person, on standard output: what was kept and what was not, and why.
 void printRun(const RunReport& report);
 /// The object of `run --json` (docs/formats.md).
+/// The table of a run's inputs, and the warnings, on standard error.
+void printPreFlight(const PreFlight& preFlight, std::int32_t order);
 [[nodiscard]] Json runJson(const RunReport& report, const RunSettings& settings);
 
 }  // namespace lumo

@@ -72,6 +72,18 @@ Status RunDriver::prepare(UvxFileList& files) {
   Status status = checkInputs(parameters_, inputs_, files.imaging(), company_.indicators, facts_);
   if (status.ok() && company_.acceptInputs && inputs_.count() > 0) status = company_.acceptInputs(facts_);
   addPhase("check", watch.seconds());
+  return status.ok() && inputs_.count() > 0 ? inspect(files.imaging()) : status;
+}
+
+Status RunDriver::inspect(ABMakeParameters imaging) {
+  const Stopwatch watch;
+  AUVXFile first;
+  if (first.Open(inputs_.names[0], AFile::kRead) == 0) return first.status();
+  if (imaging.Setup(first, inputs_.sources[0]) == 0) return imaging.status();
+  first.Close();
+  Status status = inspectRun(parameters_, inputs_, imaging, company_.indicators, report_.preFlight);
+  addPhase("inspect", watch.seconds());
+  if (status.ok() && company_.tellPreFlight) company_.tellPreFlight(report_.preFlight);
   return status;
 }
 

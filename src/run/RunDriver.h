@@ -30,13 +30,16 @@ struct RunCompany {
   /// Asked once the inputs are checked, with the facts of each in its order; a failure ends the run before it
   /// touches anything.
   std::function<Status(const std::vector<InputFileFacts>&)> acceptInputs;
+  /// Told what the inspection found, before the run touches anything.
+  std::function<void(const PreFlight&)> tellPreFlight;
   /// Called once the parameters are accepted: areas marked on the maps of an earlier run no longer hold.
   std::function<void()> discardAreas;
 };
 
 /// One complete run on the calling thread, from visibility files to products:
 ///
-///     validate the parameters; check the inputs          -- a failure up to here touches nothing
+///     validate the parameters; check the inputs
+///     inspect what they bring to grid and terms          -- a failure up to here touches nothing
 ///     discard the area list; remove the old products
 ///     no files: end
 ///     set the imaging block up from the first file
@@ -57,6 +60,7 @@ class RunDriver {
  private:
   Status runPhases(UvxFileList& files);
   Status prepare(UvxFileList& files);
+  Status inspect(ABMakeParameters imaging);
   Status image(const ABMakeParameters& imaging);
   Status clean();
   void writeFrequencyRange();

@@ -8,6 +8,7 @@
 
 #include "core/Status.h"
 #include "run/FrequencySurvey.h"
+#include "run/PreFlight.h"
 
 namespace lumo {
 
@@ -28,6 +29,7 @@ struct RunReport {
   /// map. Those that an early end kept from being tried are not listed.
   std::vector<RunProduct> products;
   FrequencySurvey survey;
+  PreFlight preFlight;  ///< without files when the run ended before it was made
   std::int32_t iterations = 0;  ///< CLEAN iterations done
   bool stopped = false;         ///< CLEAN was stopped before its last iteration
   double totalFlux = 0;         ///< sum of the zero-order components, map units

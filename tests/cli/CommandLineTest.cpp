@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The program itself: exit codes, messages, JSON, interrupts.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <signal.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -15,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "Program.h"
 #include "core/PendingFile.h"
 #include "io/MapProduct.h"
 #include "io/UvxSample.h"
@@ -23,42 +21,8 @@
 namespace lumo {
 namespace {
 
-using Words = std::vector<std::string>;
-
-/// A started lumo-cli, its output going to files.
-class Program {
- public:
-  Program(const test::TempFolder& folder, const Words& words)
-      : out_(folder.file("stdout.txt")), err_(folder.file("stderr.txt")) {
-    pid_ = ::fork();
-    if (pid_ != 0) return;
-    const int out = ::open(out_.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
-    const int err = ::open(err_.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
-    ::dup2(out, STDOUT_FILENO);
-    ::dup2(err, STDERR_FILENO);
-    std::vector<char*> arguments{const_cast<char*>(LUMO_CLI)};
-    for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    ::execv(LUMO_CLI, arguments.data());
-    ::_exit(127);
-  }
-  void interrupt() const { ::kill(pid_, SIGINT); }
-  [[nodiscard]] bool running() const {
-    return ::kill(pid_, 0) == 0 && ::waitpid(pid_, nullptr, WNOHANG) == 0;
-  }
-  /// Exit status, −1 when a signal ended it.
-  int wait() const {
-    int status = 0;
-    ::waitpid(pid_, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-  [[nodiscard]] std::string out() const { return test::readFile(out_); }
-  [[nodiscard]] std::string err() const { return test::readFile(err_); }
-
- private:
-  std::string out_, err_;
-  pid_t pid_ = 0;
-};
+using test::Program;
+using test::Words;
 
 class CommandLineTest : public testing::Test {
  protected:
@@ -124,21 +88,22 @@ TEST_F(CommandLineTest, InputThatCannotBeUsedExitsWithOneAndNamesTheFile) {
 
 TEST_F(CommandLineTest, RefusedValuesExitWithTwoAndNameTheField) {
   const Words files = simulated();
-  const std::vector<std::pair<Words, std::string>> cases = {{{"--order", "5"}, "Order"},
-                                                            {{"--order", "0"}, "Order"},
-                                                            {{"--iterations", "0"}, "CLEAN Iterations"},
-                                                            {{"--gain", "2.5"}, "Gain"},
-                                                            {{"--threshold", "1.5"}, "Index threshold"},
-                                                            {{"--reference", "9000"}, "Reference"},
-                                                            {{"--reference", "soon"}, "--reference"},
-                                                            {{"--half-size", "300"}, "halfSizeX"},
-                                                            {{"--half-size", "64"}, "halfSizeX"},
-                                                            {{"--uniform-box", "3,1", "--weighting", "uniform"}, "uniformBoxU"},
-                                                            {{"--uv-limit", "-1"}, "uvLimitU"},
-                                                            {{"--kernel", "sinc"}, "--kernel"},
-                                                            {{"--shift", "1"}, "--shift"},
-                                                            {{"--select", "3:1"}, "--select"},
-                                                            {{"--select", "1:77"}, "77"}};
+  const std::vector<std::pair<Words, std::string>> cases = {
+      {{"--order", "5"}, "Order"},
+      {{"--order", "0"}, "Order"},
+      {{"--iterations", "0"}, "CLEAN Iterations"},
+      {{"--gain", "2.5"}, "Gain"},
+      {{"--threshold", "1.5"}, "Index threshold"},
+      {{"--reference", "9000"}, "Reference"},
+      {{"--reference", "soon"}, "--reference"},
+      {{"--half-size", "300"}, "halfSizeX"},
+      {{"--half-size", "64"}, "halfSizeX"},
+      {{"--uniform-box", "3,1", "--weighting", "uniform"}, "uniformBoxU"},
+      {{"--uv-limit", "-1"}, "uvLimitU"},
+      {{"--kernel", "sinc"}, "--kernel"},
+      {{"--shift", "1"}, "--shift"},
+      {{"--select", "3:1"}, "--select"},
+      {{"--select", "1:77"}, "77"}};
   for (const auto& [options, words] : cases) {
     EXPECT_EQ(runOn(files, options), 2) << options[0] << " " << options[1];
     EXPECT_NE(err_.find(words), std::string::npos) << err_;
