@@ -13,9 +13,20 @@ class AMapFile;
 /// What kind of values a map holds; becomes BTYPE.
 enum class MapKind { kIntensity, kBeam, kSpectralIndex };
 
+/// How the pixels of an image file run over its map: line after line, each from its first pixel. The files of
+/// this program have the default.
+struct PixelOrder {
+  bool westward = true;     ///< x: the first pixel is the easternmost
+  bool southward = false;   ///< y: the first pixel is the northernmost
+  bool linesAlongX = true;  ///< neighbours in a line are neighbours in x; false: in y
+
+  bool operator==(const PixelOrder&) const = default;
+};
+
 /// The descriptive header of a map. NaN marks a number that is not set.
 ///
-/// Load and Store round-trip every field to the bit (through the L-keywords of the file, docs/formats.md).
+/// Load and Store round-trip every field to the bit (through the L-keywords of the file, docs/formats.md),
+/// but for the pixel order, which is that of the file.
 class AMapHeader {
  public:
   AMapHeader();
@@ -43,6 +54,7 @@ class AMapHeader {
   double beamArea;                   ///< pixels
   std::string date;                  ///< file date YYYY-MM-DD[Thh:mm:ss]; empty: the day of writing
   std::vector<std::string> history;  ///< one entry a line, any length
+  PixelOrder pixelOrder;             ///< of the file loaded; Store leaves it out
 };
 
 }  // namespace lumo

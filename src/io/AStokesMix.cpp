@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "io/AStokesMix.h"
 
-#include <cmath>
 
 #include "core/LittleEndian.h"
 #include "io/UvxLayout.h"
@@ -35,18 +34,6 @@ int AUVXStokes::indexOf(std::int32_t code) const {
   for (std::size_t i = 0; i < products_.size(); ++i)
     if (products_[i] == code) return static_cast<int>(i);
   return -1;
-}
-
-AUVXComplex AStokesMix::GetVisible(const AUVXComplex* products, int offset) const {
-  const AUVXComplex& a = products[offset + first_];
-  if (second_ < 0) return a;
-  const AUVXComplex& b = products[offset + second_];
-  const double re = (double{a.Re()} + double{b.Re()}) / 2;
-  const double im = (double{a.Im()} + double{b.Im()}) / 2;
-  if (!a.isUsable() || !b.isUsable()) return {re, im, 0.0};
-  const double wa = a.Weight();
-  const double wb = b.Weight();
-  return {re, im, 4 * wa * wb / (wa + wb)};
 }
 
 const char* AStokesMix::name() const {

@@ -40,7 +40,22 @@ class AStokesMix {
   /// The combined visibility of one channel; `products` points at its stored products, `offset` channels
   /// away. A mean needs both products usable (finite, weight > 0; otherwise its weight is 0); it is formed in
   /// double and rounded to single, with the weight 4 w1 w2 / (w1 + w2) of independent products.
-  [[nodiscard]] AUVXComplex GetVisible(const AUVXComplex* products, int offset) const;
+  [[nodiscard]] AUVXComplex GetVisible(const AUVXComplex* products, int offset) const {
+    return second_ < 0 ? products[offset + first_]
+                       : mean(products[offset + first_], products[offset + second_]);
+  }
+  /// The combination of two products that GetVisible forms.
+  [[nodiscard]] static AUVXComplex mean(const AUVXComplex& a, const AUVXComplex& b) {
+    const double re = (double{a.Re()} + double{b.Re()}) / 2;
+    const double im = (double{a.Im()} + double{b.Im()}) / 2;
+    if (!a.isUsable() || !b.isUsable()) return {re, im, 0.0};
+    const double wa = a.Weight();
+    const double wb = b.Weight();
+    return {re, im, 4 * wa * wb / (wa + wb)};
+  }
+  /// Indices of the products that are combined; the second is -1 for a product taken as it is.
+  [[nodiscard]] int first() const { return first_; }
+  [[nodiscard]] int second() const { return second_; }
   /// True when every product it combines is among the first `products`.
   [[nodiscard]] bool fits(std::uint32_t products) const {
     return first_ >= 0 && first_ < static_cast<std::int64_t>(products) &&

@@ -18,7 +18,9 @@ class AUVXComplex {
   [[nodiscard]] float Weight() const { return weight_; }
   /// True when all three numbers are finite and the weight is above 0: everything else is rejected data.
   [[nodiscard]] bool isUsable() const {
-    return std::isfinite(re_) && std::isfinite(im_) && std::isfinite(weight_) && weight_ > 0;
+    // Without branches: the answer may look random where data are flagged here and there.
+    return (int{std::isfinite(re_)} & int{std::isfinite(im_)} & int{std::isfinite(weight_)} &
+            int{weight_ > 0}) != 0;
   }
 
  private:

@@ -12,16 +12,19 @@ namespace lumo {
 /// asked for; nothing is stored.
 class AUVXPosIndex {
  public:
-  /// `file` must stay open; `bar` may be null.
-  AUVXPosIndex(const AUVXFile& file, std::int32_t sourceId, ProgressBar* bar);
+  /// `file` must stay open; `bar` may be null. Positions below `first` are left out.
+  AUVXPosIndex(const AUVXFile& file, std::int32_t sourceId, ProgressBar* bar, std::uint64_t first = 0);
 
+  /// Lets GetIndex end before this position, until the limit is set anew: for reading in portions.
+  void limit(std::uint64_t end) { end_ = end; }
   /// The next position; returns 0 at the end.
   int GetIndex(std::uint64_t& position);
 
  private:
   const AUVXFile& file_;
   std::int16_t source_;
-  std::uint64_t next_ = 0;
+  std::uint64_t next_;
+  std::uint64_t end_;
   AProgress progress_;
 };
 

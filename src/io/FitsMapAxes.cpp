@@ -70,27 +70,17 @@ Status findPlane(const FitsCards& cards, const ImageShape& shape, Plane& plane) 
   return {};
 }
 
-// Degrees per unit of an axis; nothing for a unit that is not an angle.
-std::optional<double> angleUnit(const FitsCards& cards, int axis) {
-  std::string unit;
-  for (const char c : cards.text(axisKey("CUNIT", axis)).value_or(""))
-    unit += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  if (unit.empty() || unit.starts_with("deg")) return 1.0;
-  if (unit == "arcsec") return 1.0 / kArcsecPerDegree;
-  if (unit == "arcmin") return 1.0 / 60.0;
-  if (unit == "mas") return 1.0 / kArcsecPerDegree / 1000.0;
-  if (unit == "rad") return kDegreePerRadian;
-  return std::nullopt;
-}
-
 using Matrix2 = std::array<std::array<double, 2>, 2>;
 
 // Linear part of the transformation, from pixel steps along the plane's axes (second index) to world units of
 // the same axes (first index).
 Matrix2 pixelMatrix(const FitsCards& cards, const Plane& plane) {
-  const auto element = [&](const char* stem, int i, int j) {
-    return cards.number(stem + toStr(plane.axes[static_cast<std::size_t>(i)]) + "_" +
-                        toStr(plane.axes[static_cast<std::size_t>(j)]));
+  const auto element = [&](const std::string& stem, int i, int j) {
+    const std::string row = toStr(plane.axes[static_cast<std::size_t>(i)]);
+    const std::string column = toStr(plane.axes[static_cast<std::size_t>(j)]);
+    const auto value = cards.number(stem + row + "_" + column);
+    // The draft standard's PC001002, still found in the archives. Plane axes have one digit where it does.
+    return value || stem != "PC" ? value : cards.number("PC00" + row + "00" + column);
   };
   const bool hasCd = element("CD", 0, 0) || element("CD", 0, 1) || element("CD", 1, 0) || element("CD", 1, 1);
   const bool hasPc = element("PC", 0, 0) || element("PC", 0, 1) || element("PC", 1, 0) || element("PC", 1, 1);
@@ -127,6 +117,7 @@ void layOutPlain(const FitsCards& cards, const ImageShape& shape, MapLayout& lay
   };
   layout.x = {middle(1), -1.0};
   layout.y = {middle(2), 1.0};
+  layout.scaled = false;
 }
 
 bool saysScale(const FitsCards& cards) {
@@ -136,7 +127,7 @@ bool saysScale(const FitsCards& cards) {
 Status layOutSky(const FitsCards& cards, const ImageShape& shape, const Plane& plane, MapLayout& layout) {
   Matrix2 matrix = pixelMatrix(cards, plane);
   for (std::size_t i = 0; i < 2; ++i) {
-    const auto unit = angleUnit(cards, plane.axes[i]);
+    const auto unit = degreesPerUnit(cards, plane.axes[i]);
     if (!unit)
       return refuse(axisKey("CUNIT", plane.axes[i]) + " is not an angle; a map's axes are in degrees");
     for (double& cell : matrix[i]) cell *= *unit * kArcsecPerDegree;
@@ -174,6 +165,18 @@ bool usable(const PixelAxis& axis) {
 
 }  // namespace
 
+std::optional<double> degreesPerUnit(const FitsCards& cards, int axis) {
+  std::string unit;
+  for (const char c : cards.text(axisKey("CUNIT", axis)).value_or(""))
+    unit += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  if (unit.empty() || unit.starts_with("deg")) return 1.0;
+  if (unit == "arcsec") return 1.0 / kArcsecPerDegree;
+  if (unit == "arcmin") return 1.0 / 60.0;
+  if (unit == "mas") return 1.0 / kArcsecPerDegree / 1000.0;
+  if (unit == "rad") return kDegreePerRadian;
+  return std::nullopt;
+}
+
 Status findLayout(const FitsCards& cards, const ImageShape& shape, MapLayout& layout) {
   layout = MapLayout();
   if (shape.lengths.size() < 2)
@@ -181,7 +184,7 @@ Status findLayout(const FitsCards& cards, const ImageShape& shape, MapLayout& la
                   " axes in its primary HDU; a map has two or more");
   Plane plane;
   if (Status found = findPlane(cards, shape, plane); !found.ok()) return found;
-  const bool angles = angleUnit(cards, 1) && angleUnit(cards, 2);
+  const bool angles = degreesPerUnit(cards, 1) && degreesPerUnit(cards, 2);
   if (plane.celestial || (saysScale(cards) && angles)) {
     if (Status placed = layOutSky(cards, shape, plane, layout); !placed.ok()) return placed;
   } else {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "core/Status.h"
 #include "io/FitsCards.h"
@@ -21,9 +22,13 @@ struct MapLayout {
   int xAxis = 1;         ///< FITS number of the axis along x
   int yAxis = 2;
   bool equatorial = false;  ///< the axes are right ascension and declination
+  bool scaled = true;       ///< the header tells the size of a pixel; false: it is made up
   PixelAxis x;              ///< as the file counts, so x.step < 0 when mirrorX
   PixelAxis y;
 };
+
+/// Degrees per unit of an axis (its CUNIT, degrees without one); nothing for a unit that is not an angle.
+[[nodiscard]] std::optional<double> degreesPerUnit(const FitsCards& cards, int axis);
 
 /// Finds the two sky axes and their geometry. Refuses, with a sentence, what is not one plane of the sky with
 /// north up or to a side: a cube, a cut along another axis, a rotated or sheared image.

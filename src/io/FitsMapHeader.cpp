@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "core/TextForm.h"
+#include "core/Units.h"
 #include "io/FitsText.h"
 #include "io/MapForm.h"
 
@@ -30,13 +31,19 @@ int findAxis(const FitsCards& cards, const ImageShape& shape, std::string_view t
   return 0;
 }
 
+// Step of an axis, as CDELTi or as CDi_i.
+std::optional<double> planeStep(const FitsCards& cards, int axis) {
+  const auto step = cards.number(axisKey("CDELT", axis));
+  return step ? step : cards.number(axisKey("CD", axis) + "_" + axisKey("", axis));
+}
+
 // World coordinate of an axis's only plane.
 std::optional<double> planeValue(const FitsCards& cards, int axis) {
   if (axis == 0) return std::nullopt;
   const auto value = cards.number(axisKey("CRVAL", axis));
   if (!value) return std::nullopt;
   const double steps = 1.0 - cards.number(axisKey("CRPIX", axis)).value_or(1.0);
-  return *value + steps * cards.number(axisKey("CDELT", axis)).value_or(1.0);
+  return *value + steps * planeStep(cards, axis).value_or(1.0);
 }
 
 double hertz(const FitsCards& cards, int axis) {
@@ -44,6 +51,21 @@ double hertz(const FitsCards& cards, int axis) {
   if (unit == "GHz") return 1e9;
   if (unit == "MHz") return 1e6;
   return unit == "kHz" ? 1e3 : 1.0;
+}
+
+// Frequency of the plane of a velocity axis (Greisen et al. 2006, table 3), which shifts that of the line.
+double shiftedFrequency(const FitsCards& cards, const ImageShape& shape, double line) {
+  for (const char* const type : {"VRAD", "VOPT", "FELO", "VELO"}) {
+    const int axis = findAxis(cards, shape, type);
+    const auto velocity = planeValue(cards, axis);
+    if (!velocity) continue;
+    const bool kilometres = cards.text(axisKey("CUNIT", axis)).value_or("") == "km/s";
+    const double beta = *velocity * (kilometres ? 1e3 : 1.0) / kSpeedOfLight;
+    if (std::string_view(type) == "VRAD") return line * (1.0 - beta);
+    if (std::string_view(type) == "VELO") return line * std::sqrt((1.0 - beta) / (1.0 + beta));
+    return line / (1.0 + beta);
+  }
+  return line;
 }
 
 double number(const FitsCards& cards, const std::string& key) {
@@ -73,8 +95,11 @@ void readPosition(const FitsCards& cards, const MapLayout& layout, AMapHeader& h
   // Crossed axes: the world coordinate need not be that of the pixel axis it runs along.
   const bool labelled = cards.text(axisKey("CTYPE", layout.xAxis)).value_or("").starts_with('R') ||
                         cards.text(axisKey("CTYPE", layout.xAxis)).value_or("").starts_with('r');
-  header.rightAscension = number(cards, axisKey("CRVAL", labelled ? layout.xAxis : layout.yAxis));
-  header.declination = number(cards, axisKey("CRVAL", labelled ? layout.yAxis : layout.xAxis));
+  const auto degrees = [&](int axis) {
+    return number(cards, axisKey("CRVAL", axis)) * degreesPerUnit(cards, axis).value_or(1.0);
+  };
+  header.rightAscension = degrees(labelled ? layout.xAxis : layout.yAxis);
+  header.declination = degrees(labelled ? layout.yAxis : layout.xAxis);
 }
 
 // "AIPS   CLEAN BMAJ=  1.3889E-03 BMIN=  1.3889E-03 BPA=   0.00"; the last such line counts.
@@ -125,11 +150,13 @@ AMapHeader standardHeader(const FitsCards& cards, const ImageShape& shape, const
   const int axis = findAxis(cards, shape, "FREQ");
   if (const auto frequency = planeValue(cards, axis)) {
     header.frequency = *frequency * hertz(cards, axis);
-    header.bandwidth = number(cards, axisKey("CDELT", axis)) * hertz(cards, axis);
+    header.bandwidth = planeStep(cards, axis).value_or(kUnset) * hertz(cards, axis);
   } else {
-    header.frequency = cards.number("RESTFRQ").value_or(number(cards, "RESTFREQ"));
+    const double line = cards.number("RESTFRQ").value_or(number(cards, "RESTFREQ"));
+    header.frequency = shiftedFrequency(cards, shape, line);
   }
-  readBeam(cards, header);
+  // A beam on pixels of unknown size would give flux densities that mean nothing.
+  if (layout.scaled) readBeam(cards, header);
   return header;
 }
 
@@ -255,6 +282,7 @@ bool hasExactValues(const FitsCards& cards) {
 void readRecord(const FitsCards& cards, const ImageShape& shape, const MapLayout& layout, AMapHeader& header,
                 TMinMax& range) {
   header = standardHeader(cards, shape, layout);
+  header.pixelOrder = {layout.mirrorX, layout.mirrorY, layout.fastIsX};
   range = standardRange(cards, layout);
   if (!hasExactValues(cards)) {
     keepPositive(header);

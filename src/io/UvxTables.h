@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "core/LittleEndian.h"
+
 namespace lumo {
 
 // The content of a UVX file's tables as plain values; docs/formats.md gives their bytes. The reader
@@ -70,5 +72,18 @@ struct UvxRecord {
   [[nodiscard]] static UvxRecord load(const std::uint8_t* bytes);
   void store(std::uint8_t* bytes) const;
 };
+
+inline UvxRecord UvxRecord::load(const std::uint8_t* bytes) {
+  UvxRecord record;
+  record.flag = bytes[0];
+  record.freqSel = static_cast<std::int8_t>(bytes[1]);
+  record.baseline = loadLittle<std::uint16_t>(bytes + 2);
+  record.u = loadLittle<float>(bytes + 4);
+  record.v = loadLittle<float>(bytes + 8);
+  record.w = loadLittle<float>(bytes + 12);
+  record.time = loadLittle<double>(bytes + 16);
+  record.source = loadLittle<std::int16_t>(bytes + 24);
+  return record;
+}
 
 }  // namespace lumo

@@ -160,6 +160,20 @@ TEST_F(AUVXFileTest, PositionIndexFindsTheGroupsOfOneSource) {
   EXPECT_EQ(none.GetIndex(position), 0);
 }
 
+TEST_F(AUVXFileTest, PositionsCanBeAskedForInPortions) {
+  AUVXFile file;
+  ASSERT_EQ(file.Open(sample(5), AFile::kRead), 1);
+  AUVXPosIndex index(file, 7, nullptr, 1);
+  std::vector<std::uint64_t> seen;
+  std::uint64_t position = 0;
+  for (const std::uint64_t end : {3U, 3U, 99U}) {
+    index.limit(end);
+    while (index.GetIndex(position) != 0) seen.push_back(position);
+    seen.push_back(100);  // the end of a portion
+  }
+  EXPECT_EQ(seen, (std::vector<std::uint64_t>{1, 2, 100, 100, 3, 4, 100}));
+}
+
 TEST_F(AUVXFileTest, VisibilitiesAreOrderedIfChannelProduct) {
   AUVXFile file;
   ASSERT_EQ(file.Open(sample(2), AFile::kRead), 1);
