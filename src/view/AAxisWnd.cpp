@@ -3,31 +3,26 @@
 
 #include <QClipboard>
 #include <QContextMenuEvent>
-#include <QFile>
-#include <QFileDialog>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
-#include <QMessageBox>
 #include <QMouseEvent>
 #include <QVBoxLayout>
 #include <QWheelEvent>
-#include <cmath>
 #include <utility>
 
 #include "view/ColourTools.h"
+#include "view/OutputDialogs.h"
+#include "view/PanelTool.h"
 #include "view/PictureExport.h"
 #include "view/PlotPanel.h"
+#include "view/PrintDevice.h"
 
 namespace lumo {
 namespace {
 
-constexpr double kKeyZoom = 1.25;
-constexpr double kWheelZoom = 1.2;     // for one notch
-constexpr double kWheelNotch = 120.0;  // eighths of a degree
-constexpr double kKeyPan = 0.1;        // of the panel
-constexpr int kHeightInLines = 20;     // preferred size, so that it follows the font
+constexpr int kHeightInLines = 20;  // preferred size, so that it follows the font
 constexpr int kSmallestInLines = 9;
 
 }  // namespace
@@ -81,14 +76,21 @@ void AAxisWnd::refresh() {
   panel_->refresh();
 }
 
+void AAxisWnd::redraw() {
+  panel_->redraw();
+}
+
+void AAxisWnd::setPanelCursor(const QCursor& cursor) {
+  panel_->setCursor(cursor);
+}
+
 void AAxisWnd::fit() {
   panel_->view().fit();
   panel_->redraw();
 }
 
 void AAxisWnd::zoom(double factor) {
-  PanelView& view = panel_->view();
-  view.zoomAbout({view.panelWidth() / 2.0, view.panelHeight() / 2.0}, factor);
+  PanelNavigation::zoom(panel_->view(), factor);
   panel_->redraw();
 }
 
@@ -121,6 +123,14 @@ Status AAxisWnd::exportPicture(const std::string& path) const {
       panel_->size(), [this](QPaintDevice& device) { panel_->drawOn(device); }, path);
 }
 
+QSizeF AAxisWnd::printedSize() const {
+  return panel_->size();
+}
+
+void AAxisWnd::PrintWindow(PrintDevice& device, const QRect& rectangle, const PrintFlags& /*flags*/) {
+  panel_->drawInto(device.plotPainter(), rectangle);
+}
+
 QSize AAxisWnd::sizeHint() const {
   const int height = kHeightInLines * fontMetrics().lineSpacing();
   return {height * 6 / 5, height};
@@ -145,34 +155,9 @@ void AAxisWnd::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 void AAxisWnd::keyPressEvent(QKeyEvent* event) {
+  if (tool_ != nullptr && tool_->key(*event)) return;
   if (event->matches(QKeySequence::Copy)) return copyToClipboard();
-  PanelView& view = panel_->view();
-  const double stepX = kKeyPan * view.panelWidth();
-  const double stepY = kKeyPan * view.panelHeight();
-  switch (event->key()) {
-    case Qt::Key_Plus:
-    case Qt::Key_Equal:
-      return zoom(kKeyZoom);
-    case Qt::Key_Minus:
-      return zoom(1.0 / kKeyZoom);
-    case Qt::Key_Home:
-      return fit();
-    // An arrow moves the look, so the picture goes the other way.
-    case Qt::Key_Left:
-      view.pan(stepX, 0.0);
-      break;
-    case Qt::Key_Right:
-      view.pan(-stepX, 0.0);
-      break;
-    case Qt::Key_Up:
-      view.pan(0.0, stepY);
-      break;
-    case Qt::Key_Down:
-      view.pan(0.0, -stepY);
-      break;
-    default:
-      return QWidget::keyPressEvent(event);
-  }
+  if (!PanelNavigation::key(*event, panel_->view())) return QWidget::keyPressEvent(event);
   panel_->redraw();
 }
 
@@ -186,10 +171,11 @@ bool AAxisWnd::eventFilter(QObject* watched, QEvent* event) {
       move(static_cast<const QMouseEvent&>(*event));
       return true;
     case QEvent::MouseButtonRelease:
-      dragging_ = false;
+      toolTakes(static_cast<const QMouseEvent&>(*event));
+      navigation_.release();
       return true;
     case QEvent::MouseButtonDblClick:
-      fit();
+      if (!toolTakes(static_cast<const QMouseEvent&>(*event))) fit();
       return true;
     case QEvent::Wheel:
       wheel(static_cast<const QWheelEvent&>(*event));
@@ -204,23 +190,40 @@ bool AAxisWnd::eventFilter(QObject* watched, QEvent* event) {
 
 void AAxisWnd::press(const QMouseEvent& event) {
   setFocus(Qt::MouseFocusReason);
-  dragging_ = event.button() == Qt::LeftButton && panel_->panelRect().contains(event.position().toPoint());
-  lastDrag_ = event.position();
+  if (toolTakes(event)) return;
+  navigation_.press(event, panel_->panelRect());
 }
 
 void AAxisWnd::move(const QMouseEvent& event) {
-  if (dragging_) {
-    const QPointF by = event.position() - lastDrag_;
-    lastDrag_ = event.position();
-    panel_->view().pan(by.x(), by.y());
+  if (navigation_.move(event, panel_->view())) {
     panel_->redraw();
+  } else {
+    toolTakes(event);
   }
   showReadOut(event.position());
 }
 
-void AAxisWnd::wheel(const QWheelEvent& event) {
+PanelPointer AAxisWnd::pointerAt(const QMouseEvent& event) const {
   const QPointF at = event.position() - panel_->panelRect().topLeft();
-  panel_->view().zoomAbout({at.x(), at.y()}, std::pow(kWheelZoom, event.angleDelta().y() / kWheelNotch));
+  const PlotPoint pixel{at.x(), at.y()};
+  return {pixel, panel_->view().toPlot(pixel)};
+}
+
+bool AAxisWnd::toolTakes(const QMouseEvent& event) {
+  if (tool_ == nullptr) return false;
+  const PanelPointer pointer = pointerAt(event);
+  if (event.type() == QEvent::MouseMove) return tool_->move(pointer);
+  if (event.button() != Qt::LeftButton) return false;
+  if (event.type() == QEvent::MouseButtonRelease) {
+    tool_->release(pointer);
+    return true;
+  }
+  if (!panel_->panelRect().contains(event.position().toPoint())) return false;
+  return event.type() == QEvent::MouseButtonPress ? tool_->press(pointer) : tool_->doubleClick(pointer);
+}
+
+void AAxisWnd::wheel(const QWheelEvent& event) {
+  PanelNavigation::wheel(event, panel_->panelRect(), panel_->view());
   panel_->redraw();
   showReadOut(event.position());
 }
@@ -239,19 +242,8 @@ void AAxisWnd::showReadOut(const QPointF& panelPosition) {
 }
 
 void AAxisWnd::savePicture() {
-  QFileDialog dialog(this, tr("Save picture"));
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  dialog.setNameFilters({tr("PNG picture (*.png)"), tr("PDF document (*.pdf)"), tr("SVG drawing (*.svg)")});
-  // With the suffix known to the dialog, its question before overwriting is about the file that is written.
-  const auto followFilter = [&dialog](const QString& filter) {
-    dialog.setDefaultSuffix(filter.section("*.", 1).section(')', 0, 0));
-  };
-  followFilter(dialog.selectedNameFilter());
-  connect(&dialog, &QFileDialog::filterSelected, &dialog, followFilter);
-  if (dialog.exec() != QDialog::Accepted) return;
-  const Status status = exportPicture(QFile::encodeName(dialog.selectedFiles().value(0)).toStdString());
-  if (!status.ok())
-    QMessageBox::warning(this, window()->windowTitle(), QString::fromStdString(status.text()));
+  saveWithDialog(this, tr("Save picture"), pictureFilters(),
+                 [this](const std::string& path) { return exportPicture(path); });
 }
 
 }  // namespace lumo

@@ -9,6 +9,8 @@
 
 #include "core/Status.h"
 #include "view/A2_3DAxis.h"
+#include "view/APrintable.h"
+#include "view/PanelNavigation.h"
 #include "view/PanelView.h"
 
 class QLabel;
@@ -19,15 +21,17 @@ class QWheelEvent;
 namespace lumo {
 
 class ColourTools;
+class PanelTool;
 class PlotPanel;
+struct PanelPointer;
 
 /// A window that shows an axis with its graphs: ticks with scale prefixes, colour scale, a read-out of what
 /// the cursor points at, and above the plot buttons for colours, scaling, limits and "Save picture...".
 ///
-/// Mouse: the wheel zooms about the cursor, dragging moves the picture, a double click shows everything, the
-/// right button opens the context menu. Keys: arrows move, + and - zoom, Home shows everything, Ctrl+C
-/// copies. Everything happens on the user-interface thread.
-class AAxisWnd : public QWidget {
+/// Mouse: the wheel zooms about the cursor, dragging with the left or middle button moves the picture, a
+/// double click shows everything, the right button opens the context menu. Keys: arrows move, + and - zoom,
+/// Home shows everything, Ctrl+C copies. Everything happens on the user-interface thread.
+class AAxisWnd : public QWidget, public APrintable {
   Q_OBJECT
 
  public:
@@ -41,6 +45,14 @@ class AAxisWnd : public QWidget {
   [[nodiscard]] A2_3DAxis* axis() const { return axis_.get(); }
   /// Draws the axis and its graphs anew; the part shown stays.
   void refresh();
+  /// The same when nothing but the graphs' own drawing has changed; cheaper.
+  void redraw();
+
+  /// What the mouse and the keys do besides; null for nothing. Not owned, and must stay until another one is
+  /// set or the window is gone.
+  void setTool(PanelTool* tool) { tool_ = tool; }
+  /// The cursor's shape over the panel.
+  void setPanelCursor(const QCursor& cursor);
 
   /// Shows everything.
   void fit();
@@ -60,6 +72,10 @@ class AAxisWnd : public QWidget {
   /// Writes the plot to a file whose extension says how: .png (twice the screen's size), .pdf or .svg.
   [[nodiscard]] Status exportPicture(const std::string& path) const;
 
+  // APrintable: the plot without the buttons and the read-out, in vector form.
+  [[nodiscard]] QSizeF printedSize() const override;
+  void PrintWindow(PrintDevice& device, const QRect& rectangle, const PrintFlags& flags) override;
+
   [[nodiscard]] QSize sizeHint() const override;
   [[nodiscard]] QSize minimumSizeHint() const override;
 
@@ -77,13 +93,16 @@ class AAxisWnd : public QWidget {
   void wheel(const QWheelEvent& event);
   void showReadOut(const QPointF& panelPosition);
   void savePicture();
+  [[nodiscard]] PanelPointer pointerAt(const QMouseEvent& event) const;
+  /// True when the tool has taken the event.
+  bool toolTakes(const QMouseEvent& event);
 
   std::unique_ptr<A2_3DAxis> axis_;
   ColourTools* tools_;  // these three belong to Qt as children of this window
   PlotPanel* panel_;
   QLabel* readOut_;
-  bool dragging_ = false;
-  QPointF lastDrag_;
+  PanelTool* tool_ = nullptr;
+  PanelNavigation navigation_;
 };
 
 }  // namespace lumo

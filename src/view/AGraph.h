@@ -24,6 +24,9 @@ class AGraph {
   [[nodiscard]] virtual PlotRect extent() const = 0;
   /// Draws what view.visible() holds. Called for every frame, so what can be prepared should be.
   virtual void draw(const GraphPainter& target) const = 0;
+  /// Draws for a picture that is kept: a file, the clipboard, paper. A graph that fills up little by little
+  /// on the screen draws all of it here.
+  virtual void drawToKeep(const GraphPainter& target) const { draw(target); }
   /// Up to two lines about the data at a position, empty for none.
   [[nodiscard]] virtual std::string readOut(double /*x*/, double /*y*/) const { return {}; }
 };

@@ -45,7 +45,10 @@ ColourTools::ColourTools(QWidget* parent) : QWidget(parent) {
 
 void ColourTools::setGraph(AColorsGraph* graph) {
   graph_ = graph;
-  for (QToolButton* button : {colours_, scaling_, limits_}) button->setEnabled(graph != nullptr);
+  for (QToolButton* button : {colours_, scaling_, limits_}) {
+    button->setEnabled(graph != nullptr);
+    button->setVisible(graph != nullptr);
+  }
 }
 
 template <typename Fill>

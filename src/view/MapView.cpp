@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "core/TextForm.h"
+#include "view/SkyText.h"
 
 namespace lumo {
 namespace {

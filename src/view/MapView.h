@@ -6,9 +6,9 @@
 #include <string>
 
 #include "core/AMatrix.h"
+#include "core/SkyProjection.h"
 #include "core/TMinMax.h"
 #include "view/PanelView.h"
-#include "view/SkyText.h"
 
 namespace lumo {
 

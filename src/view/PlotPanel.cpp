@@ -4,57 +4,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "view/PlotParts.h"
 #include "view/ScalePrefix.h"
 
 namespace lumo {
 
-/// Ticks whose numbers are divided by the factor of the axis's scale prefix.
-class PrefixTicker : public QCPAxisTicker {
- public:
-  void setFactor(double factor) { factor_ = factor; }
-
- protected:
-  QString getTickLabel(double tick, const QLocale& locale, QChar /*format*/, int /*precision*/) override {
-    return locale.toString(tick / factor_, 'g', 8);
-  }
-
- private:
-  double factor_ = 1.0;
-};
-
 namespace {
-
-/// Draws the graphs of the axis where the plot draws its data.
-class GraphLayer : public QCPAbstractPlottable {
- public:
-  explicit GraphLayer(PlotPanel* panel) : QCPAbstractPlottable(panel->xAxis, panel->yAxis), panel_(panel) {}
-
-  double selectTest(const QPointF& /*pos*/, bool /*onlySelectable*/, QVariant* /*details*/) const override {
-    return -1.0;
-  }
-  QCPRange getKeyRange(bool& foundRange, QCP::SignDomain /*inSignDomain*/) const override {
-    foundRange = false;
-    return {};
-  }
-  QCPRange getValueRange(bool& foundRange, QCP::SignDomain /*inSignDomain*/,
-                         const QCPRange& /*inKeyRange*/) const override {
-    foundRange = false;
-    return {};
-  }
-
- protected:
-  void draw(QCPPainter* painter) override {
-    if (panel_->axis() == nullptr) return;
-    painter->save();
-    painter->translate(panel_->panelRect().topLeft());
-    for (const auto& graph : panel_->axis()->graphs()) graph->draw({*painter, panel_->view()});
-    painter->restore();
-  }
-  void drawLegendIcon(QCPPainter* /*painter*/, const QRectF& /*rect*/) const override {}
-
- private:
-  const PlotPanel* panel_;
-};
 
 QCPColorGradient gradientOf(const ColourTable& table) {
   constexpr int kStops = 256;
@@ -81,7 +36,16 @@ PlotPanel::PlotPanel(QWidget* parent)
       colourScale_(new QCPColorScale(this)) {
   setLocale(QLocale::c());
   view_.setSquare(true);
-  new GraphLayer(this);  // registers itself with the plot, which owns it
+  // Registers itself with the plot, which owns it.
+  new DrawingLayer(*this, [this](QCPPainter& painter) {
+    if (axis_ == nullptr) return;
+    for (const auto& graph : axis_->graphs()) {
+      if (isDrawingToKeep_)
+        graph->drawToKeep({painter, view_});
+      else
+        graph->draw({painter, view_});
+    }
+  });
 
   axisRect()->setBackground(QColor(0xe8, 0xea, 0xed));
   axisRect()->setupFullAxesBox();
@@ -92,8 +56,8 @@ PlotPanel::PlotPanel(QWidget* parent)
   for (QCPAxis* axis : {xAxis2, yAxis2}) axis->setTicks(false);
   for (QCPAxis* axis : {xAxis, yAxis}) {
     axis->setTickLength(0, 5);
-    axis->setTickLabelFont(font());
-    axis->setLabelFont(font());
+    axis->setTickLabelFont(pixelFont(font()));
+    axis->setLabelFont(pixelFont(font()));
   }
   xAxis->setTicker(xTicker_);
   yAxis->setTicker(yTicker_);
@@ -102,8 +66,8 @@ PlotPanel::PlotPanel(QWidget* parent)
   // At the top, half a tick number of the colour scale must fit.
   axisRect()->setMinimumMargins(QMargins(em, em, em / 2, em));
   colourScale_->setBarWidth(em);
-  colourScale_->axis()->setTickLabelFont(font());
-  colourScale_->axis()->setLabelFont(font());
+  colourScale_->axis()->setTickLabelFont(pixelFont(font()));
+  colourScale_->axis()->setLabelFont(pixelFont(font()));
   colourScale_->axis()->setSubTicks(false);
   colourScale_->setRangeDrag(false);
   colourScale_->setRangeZoom(false);
@@ -137,8 +101,10 @@ void PlotPanel::showRanges() {
   // Both axes have the same unit, so they share the prefix.
   const ScalePrefix prefix = scalePrefixFor(
       std::max({std::abs(shown.xMin), std::abs(shown.xMax), std::abs(shown.yMin), std::abs(shown.yMax)}));
-  xTicker_->setFactor(prefix.factor);
-  yTicker_->setFactor(prefix.factor);
+  if (axis_ != nullptr) {
+    xTicker_->setPrefix(prefix, axis_->nameOX());
+    yTicker_->setPrefix(prefix, axis_->nameOY());
+  }
   xAxis->setRange(shown.xMin, shown.xMax);
   yAxis->setRange(shown.yMin, shown.yMax);
   xAxis->setRangeReversed(view_.xDirection() < 0);
@@ -176,14 +142,20 @@ void PlotPanel::updateLayout() {
   }
 }
 
+QRect PlotPanel::panelRect() const {
+  return panelOf(*this);
+}
+
 void PlotPanel::drawOn(QPaintDevice& device) {
-  QCPPainter painter;
-  painter.setMode(QCPPainter::pmVectorized, device.devType() != QInternal::Image);
-  painter.setMode(QCPPainter::pmNoCaching);
-  painter.setMode(QCPPainter::pmNonCosmetic);
-  if (!painter.begin(&device)) return;
-  toPainter(&painter, width(), height());
-  painter.end();
+  isDrawingToKeep_ = true;
+  drawPlotOn(*this, device);
+  isDrawingToKeep_ = false;
+}
+
+void PlotPanel::drawInto(QCPPainter& painter, const QRect& rectangle) {
+  isDrawingToKeep_ = true;
+  drawPlotInto(*this, painter, rectangle);
+  isDrawingToKeep_ = false;
 }
 
 }  // namespace lumo

@@ -26,14 +26,13 @@ class PlotPanel : public QCustomPlot {
   [[nodiscard]] PanelView& view() { return view_; }
   [[nodiscard]] const PanelView& view() const { return view_; }
   /// The panel between the axes in logical pixels.
-  [[nodiscard]] QRect panelRect() const {
-    // QCustomPlot counts values upwards from the lowest row of pixels, not from its lower edge.
-    return axisRect()->rect().translated(0, -1);
-  }
+  [[nodiscard]] QRect panelRect() const;
   [[nodiscard]] const A2_3DAxis* axis() const { return axis_; }
 
   /// Draws everything on a device of this widget's logical size.
   void drawOn(QPaintDevice& device);
+  /// Draws everything into a rectangle of a device's pixels.
+  void drawInto(QCPPainter& painter, const QRect& rectangle);
 
  protected:
   /// The part shown depends on the panel's size, the panel's size on the widths of the tick numbers, and
@@ -46,6 +45,7 @@ class PlotPanel : public QCustomPlot {
 
   const A2_3DAxis* axis_ = nullptr;
   PanelView view_;
+  bool isDrawingToKeep_ = false;  ///< a picture that is kept, not one for the screen
   QSharedPointer<PrefixTicker> xTicker_;
   QSharedPointer<PrefixTicker> yTicker_;
   QCPColorScale* colourScale_;  // belongs to the plot layout

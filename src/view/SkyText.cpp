@@ -7,8 +7,6 @@
 #include <cmath>
 #include <cstdint>
 
-#include "core/Units.h"
-
 namespace lumo {
 namespace {
 
@@ -37,23 +35,6 @@ std::string sexagesimal(std::int64_t units, int decimals) {
 }
 
 }  // namespace
-
-std::optional<SkyPosition> skyAtOffset(const SkyPosition& centre, double xArcsec, double yArcsec) {
-  const double l = xArcsec * kRadianPerArcsec;
-  const double m = yArcsec * kRadianPerArcsec;
-  const double nSquared = 1.0 - l * l - m * m;
-  if (!(nSquared >= 0.0)) return std::nullopt;
-  const double n = std::sqrt(nSquared);
-  const double ra0 = centre.raDeg * kRadianPerDegree;
-  const double dec0 = centre.decDeg * kRadianPerDegree;
-  const double northward = n * std::cos(dec0) - m * std::sin(dec0);
-  // The declination by its tangent: the sine alone loses half of the digits near the poles.
-  const double dec = std::atan2(m * std::cos(dec0) + n * std::sin(dec0), std::hypot(l, northward));
-  double raDeg = std::fmod((ra0 + std::atan2(l, northward)) * kDegreePerRadian, 360.0);
-  if (raDeg < 0.0) raDeg += 360.0;
-  if (raDeg >= 360.0) raDeg = 0.0;
-  return SkyPosition{raDeg, dec * kDegreePerRadian};
-}
 
 int arcsecDecimals(double cellArcsec) {
   if (!std::isfinite(cellArcsec) || cellArcsec <= 0.0) return 1;

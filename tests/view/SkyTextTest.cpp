@@ -1,55 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "view/SkyText.h"
 
 namespace lumo {
 namespace {
-
-constexpr double kHalf =
-    103132.40312354818;             // arcseconds whose direction cosine is 1/2, the sine of 30 degrees
-constexpr double kRounding = 1e-9;  // degrees; a few roundings of angles of 360
-
-TEST(SkyTextTest, EastOnTheEquatorIsLargerRightAscension) {
-  const auto sky = skyAtOffset({180.0, 0.0}, kHalf, 0.0);
-  ASSERT_TRUE(sky);
-  EXPECT_NEAR(sky->raDeg, 210.0, kRounding);
-  EXPECT_NEAR(sky->decDeg, 0.0, kRounding);
-}
-
-TEST(SkyTextTest, NorthIsLargerDeclination) {
-  const auto sky = skyAtOffset({180.0, 10.0}, 0.0, kHalf);
-  ASSERT_TRUE(sky);
-  EXPECT_NEAR(sky->raDeg, 180.0, kRounding);
-  EXPECT_NEAR(sky->decDeg, 40.0, kRounding);
-}
-
-TEST(SkyTextTest, AtSixtyDegreesAnArcsecondEastIsTwoOfRightAscension) {
-  const auto sky = skyAtOffset({15.0, 60.0}, 1.0, 0.0);
-  ASSERT_TRUE(sky);
-  // The curvature of the parallel is of the order of 1e-11 of the offset.
-  EXPECT_NEAR((sky->raDeg - 15.0) * 3600.0, 2.0, 1e-8);
-}
-
-TEST(SkyTextTest, BeyondThePoleRightAscensionTurnsByTwelveHours) {
-  const auto sky = skyAtOffset({30.0, 75.0}, 0.0, kHalf);
-  ASSERT_TRUE(sky);
-  EXPECT_NEAR(sky->decDeg, 75.0, kRounding);
-  EXPECT_NEAR(sky->raDeg, 210.0, kRounding);
-}
-
-TEST(SkyTextTest, WestOfZeroHoursIsBelow360Degrees) {
-  const auto sky = skyAtOffset({0.0, 0.0}, -kHalf, 0.0);
-  ASSERT_TRUE(sky);
-  EXPECT_NEAR(sky->raDeg, 330.0, kRounding);
-}
-
-TEST(SkyTextTest, BeyondTheHorizonThereIsNothing) {
-  EXPECT_FALSE(skyAtOffset({0.0, 0.0}, 1.5 * kHalf, 1.5 * kHalf));
-  EXPECT_FALSE(skyAtOffset({0.0, 0.0}, std::numeric_limits<double>::quiet_NaN(), 0.0));
-}
 
 TEST(SkyTextTest, DecimalsShowATenthOfACell) {
   EXPECT_EQ(arcsecDecimals(10.0), 0);
