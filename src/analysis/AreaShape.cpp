@@ -127,18 +127,24 @@ TMinMax AreaShape::bounds() const {
   return box;
 }
 
-void fillMask(const AreaShape& area, ABitMatrix& mask, const TMinMax& range) {
-  const PixelAxis xAxis = pixelAxis(range.xMin, range.xMax, mask.columns());
-  const PixelAxis yAxis = pixelAxis(range.yMin, range.yMax, mask.rows());
+void forEachPixel(const AreaShape& area, std::uint32_t rows, std::uint32_t columns, const TMinMax& range,
+                  const std::function<void(std::uint32_t, std::uint32_t)>& take) {
+  const PixelAxis xAxis = pixelAxis(range.xMin, range.xMax, columns);
+  const PixelAxis yAxis = pixelAxis(range.yMin, range.yMax, rows);
   const TMinMax box = area.bounds();
-  for (std::uint32_t row = 0; row < mask.rows(); ++row) {
+  for (std::uint32_t row = 0; row < rows; ++row) {
     const double y = (row + 1.0 - yAxis.reference) * yAxis.step;
     if (!(y >= box.yMin && y <= box.yMax)) continue;
-    for (std::uint32_t column = 0; column < mask.columns(); ++column) {
+    for (std::uint32_t column = 0; column < columns; ++column) {
       const double x = (column + 1.0 - xAxis.reference) * xAxis.step;
-      if (x >= box.xMin && x <= box.xMax && area.contains({x, y})) mask.set(row, column, 1);
+      if (x >= box.xMin && x <= box.xMax && area.contains({x, y})) take(row, column);
     }
   }
+}
+
+void fillMask(const AreaShape& area, ABitMatrix& mask, const TMinMax& range) {
+  forEachPixel(area, mask.rows(), mask.columns(), range,
+               [&mask](std::uint32_t row, std::uint32_t column) { mask.set(row, column, 1); });
 }
 
 }  // namespace lumo

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -44,6 +46,12 @@ struct AreaShape {
   /// A box (x and y of the range) that no point of the area lies outside of.
   [[nodiscard]] TMinMax bounds() const;
 };
+
+/// Calls `take(row, column)` for the pixels whose centres lie inside the area, row by row.
+/// @param range  the map's, of rows × columns pixels: x of the first and last column, y of the first and last
+///               row.
+void forEachPixel(const AreaShape& area, std::uint32_t rows, std::uint32_t columns, const TMinMax& range,
+                  const std::function<void(std::uint32_t, std::uint32_t)>& take);
 
 /// Sets the bits of the pixels whose centres lie inside the area and leaves the others as they are.
 /// @param mask   [rows][columns], of the map's size.

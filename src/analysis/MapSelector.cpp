@@ -78,13 +78,28 @@ void MapSelector::remove(std::size_t i) {
 }
 
 Status MapSelector::measure(const AreaList& areas, MapMeasurement& measurement) const {
+  return measure(
+      [&areas](const std::string&, const LoadedMap&, AreaList& own) {
+        own = areas;
+        return Status();
+      },
+      measurement);
+}
+
+Status MapSelector::measure(const AreasOfMap& areasOf, MapMeasurement& measurement) const {
   measurement = MapMeasurement();
-  const auto areaCount = static_cast<std::uint32_t>(areas.areaCount());
-  measurement.sums.resize(areaCount, static_cast<std::uint32_t>(paths_.size()));
-  measurement.deviations = measurement.sums;
   for (std::size_t i = 0; i < paths_.size(); ++i) {
     LoadedMap map;
     if (Status status = readMap(paths_[i], map); !status.ok()) return status.about(paths_[i]);
+    AreaList areas;
+    if (Status status = areasOf(paths_[i], map, areas); !status.ok()) return status.about(paths_[i]);
+    if (i == 0) {
+      measurement.sums.resize(static_cast<std::uint32_t>(areas.areaCount()),
+                              static_cast<std::uint32_t>(paths_.size()));
+      measurement.deviations = measurement.sums;
+    } else if (areas.areaCount() != measurement.sums.rows()) {
+      return {StatusCode::kInvalidValue, "has another number of areas than the first map", paths_[i]};
+    }
     measureMap(map, areas, static_cast<std::uint32_t>(i), measurement);
   }
   return {};

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "analysis/SpectrumCurve.h"
 #include "core/AMatrix.h"
 #include "core/Status.h"
+#include "io/MapProduct.h"
 
 namespace lumo {
 
@@ -36,6 +38,9 @@ struct MapFits {
   std::string diagnostics;  ///< text of the diagnostic file
 };
 
+/// Gives the areas of one map, where they are not the same arcseconds on all. Each map has as many.
+using AreasOfMap = std::function<Status(const std::string& path, const LoadedMap& map, AreaList& areas)>;
+
 /// The list of maps that areas are measured on.
 class MapSelector {
  public:
@@ -49,6 +54,8 @@ class MapSelector {
   /// Reads every map, one after the other, and measures every area on it. Areas are in arcseconds, so maps
   /// may differ in size and pixels. Fails when a map cannot be read any more, naming it.
   [[nodiscard]] Status measure(const AreaList& areas, MapMeasurement& measurement) const;
+  /// The same with areas of its own for each map; fails when they differ in number, or as `areasOf` does.
+  [[nodiscard]] Status measure(const AreasOfMap& areasOf, MapMeasurement& measurement) const;
 
  private:
   std::vector<std::string> paths_;

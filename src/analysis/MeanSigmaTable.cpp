@@ -36,10 +36,13 @@ std::string MeanSigmaTable::headerText(int row, int column) const {
 std::string MeanSigmaTable::cellText(int row, int column) const {
   constexpr int kMeanDigits = 6;
   constexpr int kRmsDigits = 4;
+  return nValToStr(value(row, column), column % 2 != 0 ? kMeanDigits : kRmsDigits);
+}
+
+double MeanSigmaTable::value(int row, int column) const {
   const auto area = static_cast<std::uint32_t>((column - 1) / 2);
   const auto point = static_cast<std::uint32_t>(row - 1);
-  return column % 2 != 0 ? nValToStr(mean_(area, point), kMeanDigits)
-                         : nValToStr(rms_(area, point), kRmsDigits);
+  return column % 2 != 0 ? mean_(area, point) : rms_(area, point);
 }
 
 std::string MeanSigmaTable::text(int row, int column) const {

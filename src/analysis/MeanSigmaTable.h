@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,10 @@ class MeanSigmaTable {
   [[nodiscard]] std::string headerText(int row, int column) const;
   /// Text of a value, row and column from 1: a mean with six significant digits, an RMS with four.
   [[nodiscard]] std::string cellText(int row, int column) const;
+  /// The value that cellText() is about, with all its digits.
+  [[nodiscard]] double value(int row, int column) const;
+  /// Frequency of a row from 1, in Hz.
+  [[nodiscard]] double frequency(int row) const { return freqs_[static_cast<std::size_t>(row - 1)]; }
   /// Header or value, whichever the cell holds.
   [[nodiscard]] std::string text(int row, int column) const;
   /// A rectangle of cells, bounds inclusive, as text: tabs between columns, a line end behind each row.

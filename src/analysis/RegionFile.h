@@ -18,9 +18,9 @@ namespace lumo {
 // from 1; physical ones count as these, and so does a file that names no frame) and in fk5 and icrs (or, on a
 // map of that equinox, fk4). FK5 and ICRS differ by some hundredths of an arcsecond and count as one.
 // Positions may be decimal or sexagesimal, sizes carry " ' d r i p, by default degrees on the sky and pixels
-// in the image. Angles run from the image's x axis, which is to the west, counter-clockwise. What would be
-// measured wrongly if it were ignored is refused with its line: excluded regions, other shapes and other
-// frames.
+// in the image. Angles run counter-clockwise from the image's x axis, on the sky from the west, where that
+// axis points in the usual image. What would be measured wrongly if it were ignored is refused with its line:
+// excluded regions, other shapes and other frames.
 
 enum class RegionSystem { kSky, kImage };
 

@@ -212,7 +212,7 @@ class Reader {
     shape.kind = kind;
     shape.sizeX = a.value * (a.pixels ? frame_.stepX() : 1.0);
     shape.sizeY = b.value * (b.pixels ? frame_.stepX() : 1.0);
-    shape.rotation = *angle == 0.0 ? 0.0 : -*angle;
+    shape.rotation = sky_ ? skyRotation(*angle) : frame_.rotationOf(*angle);
     return {};
   }
 
@@ -220,14 +220,14 @@ class Reader {
   void stretch(AreaKind kind, double a, double b, double angle, AreaShape& shape) const {
     const double c = std::cos(angle * kRadianPerDegree);
     const double s = std::sin(angle * kRadianPerDegree);
-    // The ends of the two axes, x to the west.
-    const AreaPoint first{a * c * frame_.stepX(), a * s * frame_.stepY()};
-    const AreaPoint second{-b * s * frame_.stepX(), b * c * frame_.stepY()};
+    // The ends of the two axes.
+    const AreaPoint first = frame_.ofPixelStep({a * c, a * s});
+    const AreaPoint second = frame_.ofPixelStep({-b * s, b * c});
     if (kind == AreaKind::kRectangle) {
       std::vector<AreaPoint> corners;
       for (const auto& [i, j] : {std::pair{-0.5, -0.5}, {0.5, -0.5}, {0.5, 0.5}, {-0.5, 0.5}})
         corners.push_back(
-            {shape.centre.x - (i * first.x + j * second.x), shape.centre.y + i * first.y + j * second.y});
+            {shape.centre.x + (i * first.x + j * second.x), shape.centre.y + i * first.y + j * second.y});
       shape = AreaShape::polygon(std::move(corners));
       return;
     }
@@ -239,7 +239,7 @@ class Reader {
     const double smaller = std::abs(first.x * second.y - first.y * second.x);
     const double semiMajor = std::sqrt((p + r) / 2.0 + spread);
     shape = AreaShape::ellipse(shape.centre, semiMajor, smaller / semiMajor,
-                               -0.5 * std::atan2(2.0 * q, p - r) * kDegreePerRadian);
+                               0.5 * std::atan2(2.0 * q, p - r) * kDegreePerRadian);
   }
 
   Status makePolygon(AreaShape& shape) {

@@ -33,6 +33,12 @@ struct RegionNumber {
 /// Nothing when the text is not a finite number with at most one unit.
 [[nodiscard]] std::optional<RegionNumber> regionNumber(std::string_view text);
 
+/// The rotation of an area (from east towards north) whose angle a sky frame gives, and the other way round:
+/// angles run from west towards north.
+[[nodiscard]] inline double skyRotation(double angle) {
+  return angle == 0.0 ? 0.0 : -angle;
+}
+
 /// An angle on the sky in degrees: decimal degrees, "d" or "r" behind it, or sexagesimal with colons or with
 /// the letters h or d, m, s. With `hours`, colons mean hours, minutes and seconds of time.
 [[nodiscard]] std::optional<double> regionAngle(std::string_view text, bool hours);

@@ -64,7 +64,8 @@ class Writer {
   [[nodiscard]] std::string sizeTexts(const AreaShape& shape) const {
     if (shape.kind == AreaKind::kPolygon) return {};
     if (shape.kind == AreaKind::kCircle) return sizeText(shape.sizeX);
-    const double angle = shape.rotation == 0.0 ? 0.0 : -shape.rotation;
+    const double angle =
+        system_ == RegionSystem::kSky ? skyRotation(shape.rotation) : frame_.rotationOf(shape.rotation);
     return sizeText(shape.sizeX) + sizeText(shape.sizeY) + "," + valToStr(angle);
   }
 

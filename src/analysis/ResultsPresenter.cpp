@@ -130,6 +130,16 @@ void ResultsPresenter::measureArea(const AreaList& areas, std::size_t k, AreaSpe
   }
 }
 
+Status headerFrequencies(const std::string& path, double& freqMin, double& freqMax) {
+  AMapFile file;
+  AMapHeader header;
+  if (file.Open(path, AFile::kRead) == 0 || header.Load(file) == 0) return file.status();
+  const double half = std::isfinite(header.bandwidth) ? header.bandwidth / 2.0 : 0.0;
+  freqMin = header.frequency - half;
+  freqMax = header.frequency + half;
+  return {};
+}
+
 double mapDeviation(const AMatrix<float>& map) {
   double sum = 0.0;
   double squares = 0.0;

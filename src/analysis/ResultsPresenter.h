@@ -75,6 +75,9 @@ class ResultsPresenter {
   TMinMax mapRange_;
 };
 
+/// The frequencies of a map by its header, in Hz: its frequency and half its bandwidth to either side
+/// (nothing where the header does not tell it).
+[[nodiscard]] Status headerFrequencies(const std::string& path, double& freqMin, double& freqMax);
 /// Standard deviation about the mean over all pixels, in double; one pixel that is not finite makes it NaN.
 [[nodiscard]] double mapDeviation(const AMatrix<float>& map);
 /// Title of a map's values: the unit in brackets behind the place of the scale prefix, empty without a unit.

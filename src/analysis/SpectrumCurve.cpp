@@ -13,13 +13,15 @@ namespace lumo {
 
 namespace {
 
+constexpr const char* kLogarithmicMark = " (log scale)";
+
 struct Extent {
   double min = TMinMax::kUnsetMin;
   double max = TMinMax::kUnsetMax;
 
   [[nodiscard]] bool empty() const { return min > max; }
-  void cover(double value) {
-    if (!std::isfinite(value)) return;
+  void cover(double value, int scaleMode) {
+    if (!std::isfinite(value) || (scaleMode == kLogarithmicScale && value <= 0.0)) return;
     min = std::min(min, value);
     max = std::max(max, value);
   }
@@ -49,11 +51,11 @@ void SpectrumCurve::getRange(TMinMax& range, int xScaleMode, int yScaleMode) con
   Extent x;
   Extent y;
   for (std::size_t i = 0; i < count(); ++i) {
-    x.cover(freqs_[i]);
-    y.cover(fluxes_[i]);
+    x.cover(freqs_[i], xScaleMode);
+    y.cover(fluxes_[i], yScaleMode);
     if (!hasErrorBar(i)) continue;
-    y.cover(fluxes_[i] + errors_[i]);
-    y.cover(fluxes_[i] - errors_[i]);
+    y.cover(fluxes_[i] + errors_[i], yScaleMode);
+    y.cover(fluxes_[i] - errors_[i], yScaleMode);
   }
   x = withMargin(x, xScaleMode);
   y = withMargin(y, yScaleMode);
@@ -108,7 +110,11 @@ TMinMax SpectrumGraph::range() const {
 }
 
 std::string scaledTitle(const std::string& title, int scaleMode) {
-  return scaleMode == kLogarithmicScale ? title + " (log scale)" : title;
+  return scaleMode == kLogarithmicScale ? title + kLogarithmicMark : title;
+}
+
+std::string bareTitle(const std::string& title) {
+  return title.substr(0, title.rfind(kLogarithmicMark));
 }
 
 }  // namespace lumo

@@ -37,7 +37,7 @@ class SpectrumCurve {
   [[nodiscard]] bool hasErrorBar(std::size_t i) const { return fluxes_[i] - errors_[i] > 0.0; }
   /// Widens x and y of the range so that the points, the bars that are drawn, and a margin fit in: on a
   /// linear axis 5 % of the curve's own span at each end, on a logarithmic one the rest of the decades.
-  /// Coordinates that are not finite are left out.
+  /// Coordinates that are not finite are left out, and on a logarithmic axis those that are not positive.
   void getRange(TMinMax& range, int xScaleMode, int yScaleMode) const;
   /// The natural cubic spline through the points, at kSampleCount frequencies in equal steps from the lowest
   /// to the highest. Points may come in any order; of several at one frequency the first counts, and
@@ -81,5 +81,7 @@ struct SpectrumGraph {
 
 /// The title, with " (log scale)" behind it for a logarithmic axis.
 [[nodiscard]] std::string scaledTitle(const std::string& title, int scaleMode);
+/// The title without what scaledTitle() adds.
+[[nodiscard]] std::string bareTitle(const std::string& title);
 
 }  // namespace lumo

@@ -183,5 +183,44 @@ TEST(MapSelectorTest, DiagnosticFileLiesInTheWorkFolder) {
   EXPECT_EQ(diagnosticFileName("/data/"), "/data/mfs_map_tst.txt");
 }
 
+TEST(MapSelectorTest, MeasuresEachMapOnAreasOfItsOwn) {
+  const TempFolder folder;
+  MapSelector selector = threeBands(folder);
+  MapMeasurement found;
+  // The map's own west half, one column narrower on each further map.
+  int maps = 0;
+  const auto narrower = [&maps](const std::string&, const LoadedMap& map, AreaList& areas) {
+    const double reach = -map.range.xMin - 0.5 * maps++;
+    areas = AreaList({AreaShape::rectangle({map.range.xMin, 0.0}, 2.0 * reach - 0.1, 100.0)});
+    return Status();
+  };
+  ASSERT_TRUE(selector.measure(narrower, found).ok());
+  EXPECT_EQ(maps, 3);
+  MapMeasurement whole;
+  for (int i = 0; i < 3; ++i) {
+    const double reach = 4.0 - 0.5 * i;
+    const AreaList areas({AreaShape::rectangle({-4.0, 0.0}, 2.0 * reach - 0.1, 100.0)});
+    ASSERT_TRUE(selector.measure(areas, whole).ok());
+    EXPECT_EQ(found.sums(0, static_cast<std::uint32_t>(i)), whole.sums(0, static_cast<std::uint32_t>(i)));
+  }
+  EXPECT_NE(found.sums(0, 2), found.sums(0, 1));
+}
+
+TEST(MapSelectorTest, MapsWithDifferentNumbersOfAreasAreRefused) {
+  const TempFolder folder;
+  MapSelector selector = threeBands(folder);
+  MapMeasurement found;
+  int maps = 0;
+  const Status status = selector.measure(
+      [&maps](const std::string&, const LoadedMap&, AreaList& areas) {
+        for (int k = 0; k <= maps; ++k) areas.add(AreaShape::circle({0.0, 0.0}, 1.0));
+        ++maps;
+        return Status();
+      },
+      found);
+  EXPECT_EQ(status.code(), StatusCode::kInvalidValue);
+  EXPECT_EQ(status.file(), selector.paths()[1]);
+}
+
 }  // namespace
 }  // namespace lumo

@@ -54,6 +54,13 @@ TEST(MeanSigmaTableTest, ColumnsOfTheSecondAreaFollowThoseOfTheFirst) {
   EXPECT_EQ(table.cellText(1, 4), "8");
 }
 
+TEST(MeanSigmaTableTest, ValuesAndFrequenciesAreThereWithAllDigits) {
+  const MeanSigmaTable table = oneArea();
+  EXPECT_EQ(table.value(1, 1), 1.23456789);
+  EXPECT_EQ(table.value(1, 2), 0.00123456789);
+  EXPECT_EQ(table.frequency(2), 1235000.0);
+}
+
 TEST(MeanSigmaTableTest, RectangleIsCopiedWithTabsAndLineEnds) {
   EXPECT_EQ(oneArea().rectangleText(0, 0, 1, 2), "\tMean (1)\tRMS (1)\n1.23 [MHz]\t1.23457\t0.001235\n");
   EXPECT_EQ(oneArea().rectangleText(2, 1, 2, 1), "2\n");

@@ -77,6 +77,19 @@ TEST(SpectrumCurveTest, ValuesThatAreNotFiniteDoNotSpoilTheRange) {
   EXPECT_DOUBLE_EQ(range.yMax, 1.0);
 }
 
+TEST(SpectrumCurveTest, ValuesWithoutALogarithmDoNotWidenOrHideALogarithmicAxis) {
+  TMinMax range;
+  const SpectrumCurve curve = curveOf({1e9, 2e9, 3e9, 0.0}, {-5.0, 0.0, 2e-7, 3e3}, {0, 0, 0, 0});
+  curve.getRange(range, kLogarithmicScale, kLogarithmicScale);
+  EXPECT_DOUBLE_EQ(range.xMin, 1e9);
+  EXPECT_DOUBLE_EQ(range.xMax, 1e10);
+  EXPECT_DOUBLE_EQ(range.yMin, 1e-7);
+  EXPECT_DOUBLE_EQ(range.yMax, 1e4);
+  TMinMax none;
+  curveOf({1e9}, {-1.0}, {0.0}).getRange(none, kLinearScale, kLogarithmicScale);
+  EXPECT_GT(none.yMin, none.yMax);
+}
+
 TEST(SpectrumCurveTest, SinglePointCollapsesTheLineOntoIt) {
   const auto samples = curveOf({5e9}, {0.25}, {0.0}).samples();
   ASSERT_EQ(samples.size(), 256U);
@@ -129,6 +142,11 @@ TEST(SpectrumCurveTest, LegendNamesReferenceAndIndex) {
 TEST(SpectrumCurveTest, TitleOfALogarithmicAxisSaysSo) {
   EXPECT_EQ(scaledTitle("Frequency [%sHz]", kLogarithmicScale), "Frequency [%sHz] (log scale)");
   EXPECT_EQ(scaledTitle("Frequency [%sHz]", kLinearScale), "Frequency [%sHz]");
+}
+
+TEST(SpectrumCurveTest, TitleCanBeHadWithoutWhatTheScaleAdds) {
+  EXPECT_EQ(bareTitle("Frequency [%sHz] (log scale)"), "Frequency [%sHz]");
+  EXPECT_EQ(bareTitle("Frequency [%sHz]"), "Frequency [%sHz]");
 }
 
 }  // namespace
