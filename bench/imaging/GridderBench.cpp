@@ -1,102 +1,101 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
-#include <cmath>
-#include <cstdio>
-#include <filesystem>
+#include <algorithm>
+#include <cstring>
+#include <memory>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
+#include "TrackFile.h"
+#include "core/PhaseTimer.h"
 #include "imaging/Gridder.h"
-#include "io/UvxWriter.h"
 
 namespace lumo {
 namespace {
 
-constexpr int kGroups = 50000;
-constexpr double kFrequency = 1.4e9;
+constexpr std::uint64_t kVisibilities = 12'000'000;
+constexpr std::uint64_t kMostGroups = 4'000'000;
 
-void require(const Status& status) {
-  if (!status.ok()) throw std::runtime_error(status.text());
-}
-
-/// A file of elliptical uv tracks, kGroups groups of one channel and product; removed at the end.
-class TrackFile {
- public:
-  explicit TrackFile(std::uint32_t ifs)
-      : path_(std::filesystem::temp_directory_path() /
-              ("lumo-bench-" + std::to_string(::getpid()) + ".uvx")) {
-    UvxContent content;
-    content.shape = {ifs, 1, 1};
-    content.sources = {{1, "BENCH", UvxFrame::kIcrs, 0, 0, 2000.0}};
-    content.products = {1};
-    content.selections = {{1, {}}};
-    for (std::uint32_t i = 0; i < ifs; ++i)
-      content.selections[0].bands.push_back({kFrequency * (1 + 0.01 * i), 1e6});
-    UvxWriter writer;
-    require(writer.begin(path_, content));
-    std::vector<AUVXComplex> values(ifs, AUVXComplex(1.0, 0.5, 2.0));
-    for (int g = 0; g < kGroups; ++g) {
-      // 45 baselines after one another at each time.
-      const double length = 1e-3 * (1 + g % 45) / 45;
-      const double hour = 6.28 * g / kGroups + 0.7 * (g % 45);
-      UvxRecord record;
-      record.freqSel = 1;
-      record.source = 1;
-      record.u = static_cast<float>(length * std::cos(hour));
-      record.v = static_cast<float>(0.6 * length * std::sin(hour));
-      require(writer.append(record, values));
-    }
-    require(writer.finish());
-  }
-  TrackFile(const TrackFile&) = delete;
-  TrackFile& operator=(const TrackFile&) = delete;
-  ~TrackFile() { std::remove(path_.c_str()); }
-
-  [[nodiscard]] VisibilityInputs inputs() const {
-    AUVXFile file;
-    if (file.Open(path_, AFile::kRead) == 0) throw std::runtime_error(file.status().text());
-    VisibilityInputs inputs;
-    ABitArray all(1);
-    all = 1;
-    inputs.names.InsertAt(0, path_);
-    inputs.tables.InsertAt(0, AUVXFqTbl(file, 1));
-    inputs.selections.InsertAt(0, all);
-    inputs.mixes.InsertAt(0, AStokesMix(StokesQuantity::kI, 0));
-    inputs.sources.InsertAt(0, 1);
-    return inputs;
-  }
-
- private:
-  std::string path_;
+/// The file of the cases that follow one another with the same shape: writing one takes long.
+struct Shelf {
+  std::uint32_t ifs = 0;
+  std::uint32_t channels = 0;
+  std::uint64_t visibilities = 0;
+  std::unique_ptr<bench::TrackFile> file;
 };
 
-/// Visibilities (group times IF) per second.
-void BM_Gridder_Tracks(benchmark::State& state) {
-  ABMakeParameters parameters;
-  const auto order = static_cast<std::int32_t>(state.range(0));
-  parameters.kernelType = static_cast<std::int32_t>(state.range(1));
-  const auto ifs = static_cast<std::uint32_t>(state.range(2));
-  parameters.halfSizeX = parameters.halfSizeY = static_cast<std::int32_t>(state.range(3));
-  parameters.uvLimitU = parameters.uvLimitV = ABMakeParameters::kDefaultUvLimit;
-  parameters.uvScaleU = 1.07e-3 * kFrequency;
-  parameters.uvScaleV = 0.65e-3 * kFrequency;
-  const TrackFile file(ifs);
-  const VisibilityInputs inputs = file.inputs();
-  const RunIndicators indicators;
-  for (auto _ : state) {
-    SpectralGridSet grids;
-    Gridder gridder(parameters, inputs, {order, kFrequency, std::uint64_t{512} << 20}, indicators);
-    if (gridder.run(grids) == 0) state.SkipWithError(gridder.status().text().c_str());
-    benchmark::DoNotOptimize(grids.beams[0].data());
+const Shelf& fileOf(std::uint32_t ifs, std::uint32_t channels) {
+  static Shelf shelf;
+  if (shelf.file != nullptr && shelf.ifs == ifs && shelf.channels == channels) return shelf;
+  const std::uint64_t each = std::uint64_t{ifs} * channels;
+  const std::uint64_t groups = std::min(kVisibilities / each, kMostGroups);
+  shelf.file.reset();
+  shelf = {ifs, channels, groups * each, std::make_unique<bench::TrackFile>(ifs, channels, groups)};
+  return shelf;
+}
+
+/// Reads the file through its memory map and sums all numbers of all visibilities: what gridding is held
+/// against.
+double readAndSum(const std::string& path) {
+  AUVXFile file;
+  if (file.Open(path, AFile::kRead) == 0) throw std::runtime_error(file.status().text());
+  double re = 0, im = 0, weight = 0;
+  const std::uint64_t each = file.shape().visibilities();
+  for (std::uint64_t g = 0; g < file.groupCount(); ++g) {
+    const std::uint8_t* bytes = file.groupAt(g) + UvxRecord::kBytes;
+    for (std::uint64_t i = 0; i < each; ++i, bytes += sizeof(AUVXComplex)) {
+      AUVXComplex value;
+      std::memcpy(&value, bytes, sizeof value);
+      re += value.Re();
+      im += value.Im();
+      weight += value.Weight();
+    }
   }
-  state.SetItemsProcessed(state.iterations() * kGroups * static_cast<std::int64_t>(ifs));
+  return re + im + weight;
+}
+
+/// Gridding and reading take turns. `rate` and `reading` count every channel of every IF as a visibility;
+/// opening, setting up and folding the grids are included.
+void BM_Gridder_Tracks(benchmark::State& state) {
+  const auto order = static_cast<std::int32_t>(state.range(3));
+  const auto threads = static_cast<int>(state.range(4));
+  const Shelf& shelf =
+      fileOf(static_cast<std::uint32_t>(state.range(1)), static_cast<std::uint32_t>(state.range(2)));
+  ABMakeParameters parameters = bench::trackParameters(static_cast<std::int32_t>(state.range(5)));
+  parameters.kernelType = static_cast<std::int32_t>(state.range(0));
+  const VisibilityInputs inputs = shelf.file->inputs();
+  const RunIndicators indicators;
+  benchmark::DoNotOptimize(readAndSum(shelf.file->path()));
+  double reading = 0;
+  double gridding = 0;
+  for (auto _ : state) {
+    {
+      const PhaseTimer timer(reading);
+      benchmark::DoNotOptimize(readAndSum(shelf.file->path()));
+    }
+    const Stopwatch watch;
+    {
+      const PhaseTimer timer(gridding);
+      SpectralGridSet grids;
+      Gridder gridder(parameters, inputs, {order, bench::kTrackFrequency, std::uint64_t{512} << 20, threads},
+                      indicators);
+      if (gridder.run(grids) == 0) state.SkipWithError(gridder.status().text().c_str());
+      benchmark::DoNotOptimize(grids.beams[0].data());
+    }
+    state.SetIterationTime(watch.seconds());
+  }
+  const auto done = static_cast<double>(state.iterations()) * static_cast<double>(shelf.visibilities);
+  state.counters["rate"] = done / gridding;
+  state.counters["reading"] = done / reading;
+  state.counters["ratio"] = reading / gridding;
 }
 BENCHMARK(BM_Gridder_Tracks)
-    ->ArgNames({"order", "kernel", "ifs", "half-size"})
-    ->ArgsProduct({{1, 2, 4}, {kKernelPillBox, kKernelGauss}, {1, 8}, {256, 1024}})
+    ->ArgNames({"kernel", "ifs", "channels", "order", "threads", "half-size"})
+    ->ArgsProduct({{kKernelPillBox}, {8, 64}, {1, 16}, {1, 2, 3, 4}, {1, 2}, {256}})
+    ->ArgsProduct({{kKernelGauss}, {8, 64}, {1, 16}, {1, 4}, {1, 2}, {256}})
+    ->ArgsProduct({{kKernelPillBox, kKernelGauss}, {1}, {1}, {1}, {1, 2}, {256}})
+    ->ArgsProduct({{kKernelPillBox}, {8}, {16}, {1, 4}, {1, 2}, {1024}})
+    ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
 }  // namespace

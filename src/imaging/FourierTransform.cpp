@@ -4,14 +4,15 @@
 #include <fftw3.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
-#include <cstring>
-#include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "core/Units.h"
 #include "imaging/Fft.h"
+#include "imaging/ShareOut.h"
 
 namespace lumo {
 
@@ -30,46 +31,56 @@ std::mutex& plannerMutex() {
   return mutex;
 }
 
-/// kBatch contiguous vectors of one length and their in-place transform.
-class TransformBatch {
+using Buffer = std::unique_ptr<Complex, FftwDelete>;
+
+/// The transform of kBatch contiguous vectors of one length, in place in any of its buffers: one for each
+/// member of a team. Every buffer is aligned alike, so the bits do not depend on who transforms.
+class BatchPlan {
  public:
-  TransformBatch(std::int64_t length, const TransformSettings& settings, double scale)
+  BatchPlan(std::int64_t length, int direction, double scale, int members)
       : length_(length),
         usable_(isTransformLength(length)),
-        scale_(settings.direction < 1 ? scale : 1.0 / (static_cast<double>(length) * scale)),
-        memory_(
-            static_cast<Complex*>(fftw_malloc(sizeof(Complex) * static_cast<std::size_t>(length * kBatch)))) {
-    if (memory_ == nullptr) throw std::bad_alloc();
-    std::fill_n(memory_.get(), length * kBatch, Complex());
+        scale_(direction < 1 ? scale : 1.0 / (static_cast<double>(length) * scale)) {
+    const auto size = static_cast<std::size_t>(length * kBatch);
+    for (int i = 0; i < members; ++i) {
+      buffers_.emplace_back(static_cast<Complex*>(fftw_malloc(sizeof(Complex) * size)));
+      if (buffers_.back() == nullptr) throw std::bad_alloc();
+      std::fill_n(buffers_.back().get(), size, Complex());
+    }
     if (!usable_) return;
     const int n = static_cast<int>(length);
-    auto* const data = reinterpret_cast<fftw_complex*>(memory_.get());
+    auto* const data = reinterpret_cast<fftw_complex*>(buffers_[0].get());
     const std::lock_guard lock(plannerMutex());
     plan_ = fftw_plan_many_dft(1, &n, kBatch, data, nullptr, 1, n, data, nullptr, 1, n,
-                               settings.direction < 1 ? FFTW_FORWARD : FFTW_BACKWARD, FFTW_ESTIMATE);
+                               direction < 1 ? FFTW_FORWARD : FFTW_BACKWARD, FFTW_ESTIMATE);
     if (plan_ == nullptr) throw std::bad_alloc();
   }
-  TransformBatch(const TransformBatch&) = delete;
-  TransformBatch& operator=(const TransformBatch&) = delete;
-  ~TransformBatch() {
+  BatchPlan(const BatchPlan&) = delete;
+  BatchPlan& operator=(const BatchPlan&) = delete;
+  ~BatchPlan() {
     const std::lock_guard lock(plannerMutex());
     if (plan_ != nullptr) fftw_destroy_plan(plan_);
   }
 
-  Complex* vector(std::int64_t index) { return memory_.get() + index * length_; }
-  /// Transforms all vectors; a refused length leaves them as they are.
-  void transform() {
+  /// Vector `index` of a member's buffer.
+  [[nodiscard]] Complex* vector(std::size_t member, std::int64_t index) const {
+    return buffers_[member].get() + index * length_;
+  }
+  /// Transforms all vectors of a member's buffer; a refused length leaves them as they are.
+  void transform(std::size_t member) const {
     if (!usable_) return;
+    Complex* const data = buffers_[member].get();
     if (scale_ != 1.0)
-      for (std::int64_t i = 0; i < length_ * kBatch; ++i) memory_.get()[i] *= scale_;
-    fftw_execute(plan_);
+      for (std::int64_t i = 0; i < length_ * kBatch; ++i) data[i] *= scale_;
+    auto* const values = reinterpret_cast<fftw_complex*>(data);
+    fftw_execute_dft(plan_, values, values);
   }
 
  private:
   std::int64_t length_;
   bool usable_;
   double scale_;
-  std::unique_ptr<Complex, FftwDelete> memory_;
+  std::vector<Buffer> buffers_;
   fftw_plan plan_ = nullptr;
 };
 
@@ -104,85 +115,157 @@ class HermitianPacker {
   std::vector<double> alpha_, beta_;
 };
 
-void swapRowHalves(AMatrix<Complex>& grid) {
-  const std::uint32_t half = grid.rows() / 2;
-  for (std::uint32_t r = 0; r < half; ++r)
-    std::swap_ranges(&grid(r, 0), &grid(r, 0) + grid.columns(), &grid(r + half, 0));
+/// Index i with the halves of 0 .. 2·half − 1 exchanged; what lies behind them stays.
+std::int64_t exchanged(std::int64_t i, std::int64_t half) {
+  if (i >= 2 * half) return i;
+  return i < half ? i + half : i - half;
 }
 
-int columnPass(AMatrix<Complex>& grid, const TransformSettings& settings, const RunIndicators& indicators,
-               AProgress& progress) {
-  const std::int64_t rows = grid.rows();
-  const std::int64_t columns = grid.columns();
-  TransformBatch batch(rows, settings, settings.columnScale);
-  for (std::int64_t first = 0; first < columns; first += kBatch) {
-    const std::int64_t count = std::min(kBatch, columns - first);
-    for (std::int64_t i = 0; i < count; ++i) {
-      progress.SetPos(static_cast<double>(first + i + 1));
-      if (indicators.cancelled()) return 0;
-    }
-    // Vectors beyond the last column hold what was there before; nothing reads their transforms.
-    for (std::int64_t r = 0; r < rows; ++r)
-      for (std::int64_t i = 0; i < count; ++i) batch.vector(i)[r] = grid.data()[r * columns + first + i];
-    batch.transform();
-    for (std::int64_t r = 0; r < rows; ++r)
-      for (std::int64_t i = 0; i < count; ++i) grid.data()[r * columns + first + i] = batch.vector(i)[r];
-  }
-  return 1;
+/// Half the length that a pass of `length` has by the exponent rule.
+std::int64_t halfLength(std::uint32_t length) {
+  return (std::int64_t{1} << transformExponent(length)) / 2;
 }
 
-int rowPass(AMatrix<Complex>& grid, const TransformSettings& settings, const RunIndicators& indicators,
-            AProgress& progress) {
-  const std::int64_t rows = grid.rows();
-  const std::int64_t columns = grid.columns();
-  const std::int64_t n = columns - 1;
-  TransformBatch batch(n, settings, settings.rowScale);
-  const HermitianPacker packer(n, settings.direction);
-  for (std::int64_t first = 0; first < rows; first += kBatch) {
-    const std::int64_t count = std::min(kBatch, rows - first);
-    for (std::int64_t i = 0; i < count; ++i) {
-      progress.SetPos(static_cast<double>(columns + first + i + 1));
-      if (indicators.cancelled()) return 0;
-      Complex* const row = grid.data() + (first + i) * columns;
-      packer.pack(row);
-      std::copy_n(row, n, batch.vector(i));
-    }
-    batch.transform();
-    for (std::int64_t i = 0; i < count; ++i)
-      std::copy_n(batch.vector(i), n, grid.data() + (first + i) * columns);
+/// Takes row r of a transformed grid, each value two samples, into the image with its quadrants exchanged.
+void storeRow(const Complex* row, std::int64_t r, AMatrix<double>& image) {
+  const std::int64_t halfRows = halfLength(image.rows());
+  const std::int64_t half = halfLength(image.columns());
+  const std::int64_t columns = image.columns();
+  const auto* const samples = reinterpret_cast<const double*>(row);
+  double* const same = image.data() + r * columns;
+  if (r >= 2 * halfRows) {
+    std::copy_n(samples, columns, same);
+    return;
   }
-  return 1;
-}
-
-void swapQuadrants(AMatrix<double>& image) {
-  const std::uint32_t halfRows = (1u << transformExponent(image.rows())) / 2;
-  const std::uint32_t halfColumns = (1u << transformExponent(image.columns())) / 2;
-  for (std::uint32_t r = 0; r < halfRows; ++r) {
-    double* const upper = &image(r, 0);
-    double* const lower = &image(r + halfRows, 0);
-    std::swap_ranges(upper, upper + halfColumns, lower + halfColumns);
-    std::swap_ranges(lower, lower + halfColumns, upper + halfColumns);
-  }
+  double* const to = image.data() + exchanged(r, halfRows) * columns;
+  std::copy_n(samples, half, to + half);
+  std::copy_n(samples + half, half, to);
+  std::copy(samples + 2 * half, samples + columns, same + 2 * half);
 }
 
 }  // namespace
 
-int fourierTransformGrid(AMatrix<Complex>& grid, AMatrix<double>& image, const TransformSettings& settings,
-                         const RunIndicators& indicators) {
-  indicators.setText("Fast Fourier Transform...");
-  swapRowHalves(grid);
-  indicators.resetBar(indicators.readingBar);
-  AProgress progress(indicators.readingBar, static_cast<double>(grid.columns()) + grid.rows());
-  if (columnPass(grid, settings, indicators, progress) == 0) return 0;
-  if (rowPass(grid, settings, indicators, progress) == 0) return 0;
-  indicators.resetBar(indicators.readingBar);
+struct GridTransform::Plans {
+  Plans(std::int64_t rows, std::int64_t n, const TransformSettings& settings, int members)
+      : columns(rows, settings.direction, settings.columnScale, members),
+        row(n, settings.direction, settings.rowScale, members),
+        packer(n, settings.direction) {}
+  BatchPlan columns, row;
+  HermitianPacker packer;
+};
 
-  image.resize(grid.rows(), 2 * grid.columns());
-  std::memcpy(image.data(), grid.data(), image.size() * sizeof(double));
+/// Shows the progress of a transform and asks for its end; all members of the team pass through here, but
+/// only the caller's thread touches the bar.
+class GridTransform::Watch {
+ public:
+  Watch(const RunIndicators& indicators, std::int64_t steps)
+      : indicators_(indicators),
+        steps_(steps),
+        progress_(indicators.readingBar, static_cast<double>(steps)) {}
+  /// Before `count` columns or rows are worked on. Returns false when they are to be left.
+  bool step(std::int64_t count) {
+    const std::int64_t first = begun_.fetch_add(count);
+    for (std::int64_t i = 0; i < count; ++i) {
+      if (stopped_) return false;
+      if (std::this_thread::get_id() == caller_) progress_.SetPos(static_cast<double>(first + i + 1));
+      if (indicators_.cancelled()) stopped_ = true;
+    }
+    return !stopped_;
+  }
+  [[nodiscard]] bool stopped() const { return stopped_; }
+  void finish() { progress_.SetPos(static_cast<double>(steps_)); }
+
+ private:
+  const RunIndicators& indicators_;
+  std::int64_t steps_;
+  AProgress progress_;
+  std::thread::id caller_ = std::this_thread::get_id();
+  std::atomic<std::int64_t> begun_{0};
+  std::atomic<bool> stopped_{false};
+};
+
+GridTransform::GridTransform(const TransformSettings& settings, ThreadTeam& team)
+    : settings_(settings), team_(team) {}
+
+GridTransform::~GridTransform() = default;
+
+void GridTransform::plan(std::uint32_t rows, std::uint32_t columns) {
+  if (plans_ != nullptr && rows == rows_ && columns == columns_) return;
+  plans_.reset();
+  plans_ = std::make_unique<Plans>(rows, std::int64_t{columns} - 1, settings_, team_.size());
+  rows_ = rows;
+  columns_ = columns;
+}
+
+void GridTransform::columnPass(AMatrix<Complex>& grid, Watch& watch) const {
+  const std::int64_t rows = grid.rows();
+  const std::int64_t columns = grid.columns();
+  const BatchPlan& plan = plans_->columns;
+  shareOut(team_, static_cast<std::size_t>((columns + kBatch - 1) / kBatch),
+           [&](std::size_t n, std::size_t member) {
+             const std::int64_t first = static_cast<std::int64_t>(n) * kBatch;
+             const std::int64_t count = std::min(kBatch, columns - first);
+             if (!watch.step(count)) return;
+             // Reading with the halves of the rows exchanged puts v = 0 first. Vectors beyond the last column
+             // hold what was there before; nothing reads their transforms.
+             for (std::int64_t r = 0; r < rows; ++r) {
+               const Complex* const from = grid.data() + exchanged(r, rows / 2) * columns + first;
+               for (std::int64_t i = 0; i < count; ++i) plan.vector(member, i)[r] = from[i];
+             }
+             plan.transform(member);
+             for (std::int64_t r = 0; r < rows; ++r) {
+               Complex* const to = grid.data() + r * columns + first;
+               for (std::int64_t i = 0; i < count; ++i) to[i] = plan.vector(member, i)[r];
+             }
+           });
+}
+
+void GridTransform::rowPass(AMatrix<Complex>& grid, AMatrix<double>& image, Watch& watch) const {
+  const std::int64_t rows = grid.rows();
+  const std::int64_t columns = grid.columns();
+  const BatchPlan& plan = plans_->row;
+  shareOut(team_, static_cast<std::size_t>((rows + kBatch - 1) / kBatch),
+           [&](std::size_t n, std::size_t member) {
+             const std::int64_t first = static_cast<std::int64_t>(n) * kBatch;
+             const std::int64_t count = std::min(kBatch, rows - first);
+             if (!watch.step(count)) return;
+             for (std::int64_t i = 0; i < count; ++i) {
+               Complex* const row = grid.data() + (first + i) * columns;
+               plans_->packer.pack(row);
+               std::copy_n(row, columns - 1, plan.vector(member, i));
+             }
+             plan.transform(member);
+             for (std::int64_t i = 0; i < count; ++i) {
+               Complex* const row = grid.data() + (first + i) * columns;
+               std::copy_n(plan.vector(member, i), columns - 1, row);
+               storeRow(row, first + i, image);
+             }
+           });
+}
+
+int GridTransform::run(AMatrix<Complex>& grid, AMatrix<double>& image, const RunIndicators& indicators) {
+  indicators.setText("Fast Fourier Transform...");
+  plan(grid.rows(), grid.columns());
+  indicators.resetBar(indicators.readingBar);
+  Watch watch(indicators, std::int64_t{grid.columns()} + grid.rows());
+  columnPass(grid, watch);
+  if (watch.stopped()) return 0;
+  // Every element is written below.
+  if (image.rows() != grid.rows() || image.columns() != 2 * grid.columns())
+    image.resize(grid.rows(), 2 * grid.columns());
+  rowPass(grid, image, watch);
+  if (watch.stopped()) return 0;
+  watch.finish();
+  indicators.resetBar(indicators.readingBar);
   grid.clear();
-  swapQuadrants(image);
   indicators.setText("");
   return 1;
+}
+
+int fourierTransformGrid(AMatrix<Complex>& grid, AMatrix<double>& image, const TransformSettings& settings,
+                         const RunIndicators& indicators) {
+  ThreadTeam alone(1);
+  return GridTransform(settings, alone).run(grid, image, indicators);
 }
 
 }  // namespace lumo

@@ -2,75 +2,28 @@
 #include "imaging/Gridder.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <utility>
 
-#include "core/Units.h"
 #include "imaging/UniformWeighting.h"
 #include "io/AUVXFile.h"
-#include "io/AUVXGroup.h"
-#include "io/AUVXRead_FqS.h"
-#include "io/AUVXVisibility.h"
 
 namespace lumo {
 
 namespace {
 
-/// The mean of an IF's usable channels, rounded to single precision.
-struct ChannelMean {
-  float re = 0, im = 0, weight = 0;
-  int count = 0;
-};
+/// Rows of tiles that a thread folds at a time.
+constexpr std::int32_t kFoldedTogether = 4;
 
-ChannelMean averageChannels(const AUVXVisibility& visibility, const AStokesMix& mix, int ifIndex) {
-  double re = 0, im = 0, weight = 0;
-  ChannelMean mean;
-  for (int channel = 0; channel < visibility.channels(); ++channel) {
-    const AUVXComplex value = mix.GetVisible(&visibility(ifIndex, channel, 0), 0);
-    if (!value.isUsable()) continue;
-    re += value.Re();
-    im += value.Im();
-    weight += value.Weight();
-    ++mean.count;
-  }
-  if (mean.count == 0) return mean;
-  mean.re = static_cast<float>(re / mean.count);
-  mean.im = static_cast<float>(im / mean.count);
-  mean.weight = static_cast<float>(weight / mean.count);
-  return mean;
+/// f^0 .. f^(count−1), each the one before times f.
+std::vector<double> powersOf(double f, std::size_t count) {
+  std::vector<double> powers(count, 1.0);
+  for (std::size_t k = 1; k < count; ++k) powers[k] = powers[k - 1] * f;
+  return powers;
 }
-
-/// First and last index of center − support .. center + support inside 0..size−1; empty when first > last.
-/// Position and support stay doubles until they are cut: both may be far beyond what an index can hold.
-struct Footprint {
-  Footprint(double position, double offset, double support, std::int32_t size) {
-    const double center = std::trunc(position) - offset;
-    if (!(center + support >= 0 && center - support <= size - 1)) return;
-    first = static_cast<std::int32_t>(std::max(center - support, 0.0));
-    last = static_cast<std::int32_t>(std::min(center + support, size - 1.0));
-  }
-  std::int32_t first = 0;
-  std::int32_t last = -1;
-};
 
 }  // namespace
-
-std::unique_ptr<AB3DFunc> makeKernel(const ABMakeParameters& p, const GridGeometry& g) {
-  const double widthU = p.kernelWidthU * g.du;
-  const double widthV = p.kernelWidthV * g.dv;
-  switch (p.kernelType) {
-    case kKernelPillBox:
-      return std::make_unique<APillBox3DFunc>(g.du, g.dv);
-    case kKernelGauss:
-      return std::make_unique<AGauss3DFunc>(widthU, widthV);
-    case kKernelLorentz:
-      return std::make_unique<ALorentz3DFunc>(widthU, widthV);
-    case kKernelHat:
-      return std::make_unique<AHat3DFunc>(widthU, widthV);
-    default:
-      return nullptr;
-  }
-}
 
 std::unique_ptr<AB3DFunc> makeTaper(const ABMakeParameters& p) {
   switch (p.taperType) {
@@ -88,13 +41,6 @@ std::unique_ptr<AB3DFunc> makeTaper(const ABMakeParameters& p) {
   }
 }
 
-/// IFs first .. first+count−1 of one frequency selection.
-struct Gridder::IfBatch {
-  int selection = 0;
-  int first = 0;
-  int count = 0;
-};
-
 Gridder::Gridder(const ABMakeParameters& parameters, const VisibilityInputs& inputs,
                  const GriddingSettings& settings, const RunIndicators& indicators)
     : parameters_(parameters),
@@ -102,32 +48,37 @@ Gridder::Gridder(const ABMakeParameters& parameters, const VisibilityInputs& inp
       settings_(settings),
       indicators_(indicators),
       geometry_(parameters),
-      kernel_(makeKernel(parameters, geometry_)),
-      taper_(makeTaper(parameters)),
-      phaseX_(parameters.shiftX * kPhasePerArcsec),
-      phaseY_(parameters.shiftY * kPhasePerArcsec) {
-  if (kernel_ == nullptr) return;
-  supportU_ = std::trunc(kernel_->halfWidthX() / geometry_.du + 0.7);
-  supportV_ = std::trunc(kernel_->halfWidthY() / geometry_.dv + 0.7);
-}
+      adder_(makePointAdder(parameters, geometry_)),
+      taper_(makeTaper(parameters)) {}
 
 int Gridder::fail(Status status) {
   status_ = std::move(status);
   return 0;
 }
 
-int Gridder::run(SpectralGridSet& grids) {
-  if (kernel_ == nullptr || taper_ == nullptr)
-    return fail({StatusCode::kInvalidValue, "the kernel and taper types must lie in 1..4"});
+bool Gridder::prepare(SpectralGridSet& grids) {
+  if (adder_ == nullptr || taper_ == nullptr)
+    return fail({StatusCode::kInvalidValue, "the kernel and taper types must lie in 1..4"}) != 0;
   if (!(geometry_.uMax > 0 && geometry_.vMax > 0 && std::isfinite(geometry_.perDu) &&
         std::isfinite(geometry_.perDv)))
-    return fail({StatusCode::kNoData, "the data have no extent in u or in v: there is nothing to image"});
-  grids.resize(settings_.order, static_cast<std::uint32_t>(geometry_.rows),
-               static_cast<std::uint32_t>(geometry_.columns));
-  const bool uniform = parameters_.weightingMode == kUniformWeighting;
-  if (uniform)
-    cumulative_.resize(static_cast<std::uint32_t>(geometry_.rows),
-                       static_cast<std::uint32_t>(geometry_.columns));
+    return fail({StatusCode::kNoData, "the data have no extent in u or in v: there is nothing to image"}) !=
+           0;
+  if (!WorkGrid::Layout(geometry_).fits())
+    return fail({StatusCode::kOutOfMemory, "the grids of this map size are too large"}) != 0;
+  const auto rows = static_cast<std::uint32_t>(geometry_.rows);
+  const auto columns = static_cast<std::uint32_t>(geometry_.columns);
+  grids.resize(settings_.order, rows, columns);
+  if (parameters_.weightingMode == kUniformWeighting) cumulative_.resize(rows, columns);
+  maker_ = std::make_unique<PointMaker>(parameters_, *taper_);
+  team_ = std::make_unique<ThreadTeam>(std::max(settings_.threads, 1));
+  batches_ = std::make_unique<BatchGridder>(*maker_, *adder_, indicators_, *team_, pool_);
+  together_ = static_cast<std::size_t>(
+      std::max<std::uint64_t>(settings_.workGridBytes / WorkGrid::emptyBytes(geometry_), 1));
+  return true;
+}
+
+int Gridder::run(SpectralGridSet& grids) {
+  if (!prepare(grids)) return 0;
   indicators_.setText("Gridding.  Working...");
   indicators_.resetBar(indicators_.readingBar);
 
@@ -137,7 +88,7 @@ int Gridder::run(SpectralGridSet& grids) {
     if (gridFile(i, grids) == 0) return 0;
   }
   workGrids_.clear();
-  if (uniform) applyUniformWeighting(parameters_, cumulative_, grids);
+  if (parameters_.weightingMode == kUniformWeighting) applyUniformWeighting(parameters_, cumulative_, grids);
   cumulative_.clear();
 
   indicators_.setText("");
@@ -164,84 +115,61 @@ int Gridder::gridFile(std::int32_t index, SpectralGridSet& grids) {
   if (!checked.ok()) return fail(checked);
 
   const AUVXFqTbl& table = inputs_.tables[index];
-  const int ifs = table.GetIFs();
-  const auto together = static_cast<int>(std::clamp<std::uint64_t>(
-      settings_.workGridBytes / WorkGrid::bytes(geometry_), 1, static_cast<std::uint64_t>(ifs)));
-  while (static_cast<int>(workGrids_.size()) < together) workGrids_.emplace_back(geometry_);
-
-  AProgress frequencyProgress(indicators_.frequencyBar, static_cast<double>(ifs) * table.GetFreqSels());
-  int advanced = 0;
+  AProgress progress(indicators_.frequencyBar, static_cast<double>(table.GetIFs()) * table.GetFreqSels());
+  advanced_ = 0;
   for (int selection = 0; selection < table.GetFreqSels(); ++selection) {
     if (inputs_.selections[index](selection) == 0) continue;
-    for (int first = 0; first < ifs; first += together) {
-      const IfBatch batch{selection, first, std::min(together, ifs - first)};
-      advanced += batch.count;
-      frequencyProgress.SetPos(advanced);
-      if (gridBatch(file, index, batch) == 0) return 0;
-      for (int i = 0; i < batch.count; ++i) {
-        const double f = table.GetFreq(0, first + i, selection) * (1 / settings_.referenceFrequency) - 1;
-        workGrids_[static_cast<std::size_t>(i)].fold(f, grids,
-                                                     cumulative_.size() != 0 ? &cumulative_ : nullptr);
-      }
-    }
+    if (gridSelection(file, index, selection, progress, grids) == 0) return 0;
   }
   return 1;
 }
 
-int Gridder::gridBatch(AUVXFile& file, std::int32_t index, const IfBatch& batch) {
+int Gridder::gridSelection(AUVXFile& file, std::int32_t index, int selection, AProgress& progress,
+                           SpectralGridSet& grids) {
   const AUVXFqTbl& table = inputs_.tables[index];
-  const AStokesMix& mix = inputs_.mixes[index];
-  std::vector<double> frequencies;
-  for (int i = 0; i < batch.count; ++i)
-    frequencies.push_back(table.GetFreq(0, batch.first + i, batch.selection));
-
-  AUVXVisibility visibility(file);
-  AUVXRead_FqS reader(&file, inputs_.sources[index], table.GetFreqSelID(batch.selection),
-                      indicators_.readingBar);
-  AUVXGroup group;
-  int flag = 0;
-  while (reader.GetUVGVis(group, visibility, flag) != 0) {
-    if (indicators_.cancelled()) return fail({StatusCode::kCancelled, "cancelled while gridding"});
-    if (flag != 0) continue;
-    for (int i = 0; i < batch.count; ++i) {
-      const ChannelMean mean = averageChannels(visibility, mix, batch.first + i);
-      if (mean.count == 0) continue;
-      const double u = group.u() * frequencies[static_cast<std::size_t>(i)];
-      const double v = group.v() * frequencies[static_cast<std::size_t>(i)];
-      double weight = taper_->value(u, v);
-      if (parameters_.useVisWeights != 0) weight = weight * mean.weight;
-      addVisibility(workGrids_[static_cast<std::size_t>(i)], u, v, weight, mean.re, mean.im);
-    }
+  const auto ifs = static_cast<std::size_t>(table.GetIFs());
+  for (std::size_t first = 0; first < ifs;) {
+    IfBatch batch{inputs_.sources[index],
+                  table.GetFreqSelID(selection),
+                  inputs_.mixes[index],
+                  static_cast<int>(first),
+                  {}};
+    const std::size_t wanted = std::min(together_, ifs - first);
+    for (std::size_t i = 0; i < wanted; ++i)
+      batch.frequencies.push_back(table.GetFreq(0, static_cast<int>(first + i), selection));
+    prepareWorkGrids(wanted);
+    progress.SetPos(advanced_ + 1);
+    const std::size_t gridded = batches_->run(file, batch, settings_.workGridBytes, workGrids_);
+    if (gridded == 0) return fail({StatusCode::kCancelled, "cancelled while gridding"});
+    fold(batch, gridded, grids);
+    first += gridded;
+    progress.SetPos(advanced_ += static_cast<double>(gridded));
+    if (gridded < wanted) together_ = gridded;
   }
   return 1;
 }
 
-void Gridder::addVisibility(WorkGrid& grid, double u, double v, double weight, double re, double im) const {
-  double turnedRe = re;
-  double turnedIm = im;
-  if (phaseX_ != 0 || phaseY_ != 0) {
-    const double phase = u * phaseX_ + v * phaseY_;
-    const double c = std::cos(phase);
-    const double s = std::sin(phase);
-    turnedRe = re * c + im * s;
-    turnedIm = im * c - re * s;
-  }
-  addPoint(grid, u, v, weight, turnedRe, turnedIm);
-  addPoint(grid, -u, -v, weight, turnedRe, -turnedIm);
+void Gridder::prepareWorkGrids(std::size_t count) {
+  const int parts = batches_->partsFor(count);
+  if (!workGrids_.empty() && workGrids_.front().parts() != parts) workGrids_.clear();
+  while (workGrids_.size() < count) workGrids_.emplace_back(geometry_, parts, pool_);
 }
 
-void Gridder::addPoint(WorkGrid& grid, double u, double v, double weight, double re, double im) const {
-  const GridGeometry& g = geometry_;
-  const Footprint columns((u + g.uMax) * g.perDu + 0.5, g.nx, supportU_, g.columns);
-  const Footprint rows((v + g.vMax) * g.perDv + 0.5, 0, supportV_, g.rows);
-  for (std::int32_t row = rows.first; row <= rows.last; ++row) {
-    const std::size_t start = static_cast<std::size_t>(row) * static_cast<std::size_t>(g.columns);
-    for (std::int32_t column = columns.first; column <= columns.last; ++column) {
-      const double k = kernel_->value(column * g.du - u, row * g.dv - g.vMax - v);
-      // Adding 0 · weight would change no sum: the cell stays untouched and costs nothing when folding.
-      if (k != 0) grid.add(start + static_cast<std::size_t>(column), k, weight, re, im);
-    }
-  }
+void Gridder::fold(const IfBatch& batch, std::size_t count, SpectralGridSet& grids) {
+  const WorkGrid::Target target(grids, cumulative_.size() != 0 ? &cumulative_ : nullptr);
+  std::vector<std::vector<double>> powers;
+  for (std::size_t i = 0; i < count; ++i)
+    powers.push_back(
+        powersOf(batch.frequencies[i] * (1 / settings_.referenceFrequency) - 1, target.beams.size()));
+  const std::int32_t rows = WorkGrid::Layout(geometry_).tileRows;
+  const std::int32_t stretches = (rows + kFoldedTogether - 1) / kFoldedTogether;
+  team_->run(static_cast<std::size_t>(stretches), [&](std::size_t stretch) {
+    const std::int32_t first = static_cast<std::int32_t>(stretch) * kFoldedTogether;
+    // All IFs while the spectral grids' rows are in the cache.
+    for (std::int32_t row = first; row < std::min(first + kFoldedTogether, rows); ++row)
+      for (std::size_t i = 0; i < count; ++i) workGrids_[i].foldTileRow(row, powers[i], target);
+  });
+  for (std::size_t i = 0; i < count; ++i) workGrids_[i].release();
 }
 
 }  // namespace lumo

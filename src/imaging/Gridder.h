@@ -7,9 +7,13 @@
 
 #include "core/Progress.h"
 #include "core/Status.h"
+#include "core/ThreadTeam.h"
 #include "imaging/AB3DFunc.h"
 #include "imaging/ABMakeParameters.h"
+#include "imaging/BatchGridder.h"
 #include "imaging/GridGeometry.h"
+#include "imaging/PointAdder.h"
+#include "imaging/PointMaker.h"
 #include "imaging/SpectralGridSet.h"
 #include "imaging/WorkGrid.h"
 #include "io/VisibilityInputs.h"
@@ -21,6 +25,7 @@ struct GriddingSettings {
   std::int32_t order = 1;
   double referenceFrequency = 0;    ///< ν0, Hz
   std::uint64_t workGridBytes = 0;  ///< for the work grids of IFs that are gridded together; one always runs
+  int threads = 1;
 };
 
 /// Grids every selected visibility of every file onto one half-plane uv grid per spectral term.
@@ -34,8 +39,10 @@ struct GriddingSettings {
 ///     uniform weighting: flatten blocks
 ///
 /// The cost of a visibility does not depend on the order. IFs of one selection share a pass over the file as
-/// far as the work grids' memory allows; each has a work grid of its own and they are folded in their order,
-/// so the sums are those of the one-IF-at-a-time loop to the bit.
+/// far as the work grids' memory allows (BatchGridder); each has a work grid of its own and they are folded
+/// in their order, so the sums are those of the one-IF-at-a-time loop to the bit, for any number of threads.
+/// A pass starts with as many IFs as the last ones had room for; those that turn out not to fit wait for the
+/// next pass.
 class Gridder {
  public:
   /// The references must outlive the gridder.
@@ -48,13 +55,13 @@ class Gridder {
   [[nodiscard]] const Status& status() const { return status_; }
 
  private:
-  struct IfBatch;
-
   [[nodiscard]] Status checkFile(const AUVXFile& file, std::int32_t index) const;
+  [[nodiscard]] bool prepare(SpectralGridSet& grids);
   int gridFile(std::int32_t index, SpectralGridSet& grids);
-  int gridBatch(AUVXFile& file, std::int32_t index, const IfBatch& batch);
-  void addVisibility(WorkGrid& grid, double u, double v, double weight, double re, double im) const;
-  void addPoint(WorkGrid& grid, double u, double v, double weight, double re, double im) const;
+  int gridSelection(AUVXFile& file, std::int32_t index, int selection, AProgress& progress,
+                    SpectralGridSet& grids);
+  void prepareWorkGrids(std::size_t count);
+  void fold(const IfBatch& batch, std::size_t count, SpectralGridSet& grids);
   int fail(Status status);
 
   const ABMakeParameters& parameters_;
@@ -62,19 +69,20 @@ class Gridder {
   GriddingSettings settings_;
   const RunIndicators& indicators_;
   GridGeometry geometry_;
-  std::unique_ptr<AB3DFunc> kernel_;
+  std::unique_ptr<PointAdder> adder_;
   std::unique_ptr<AB3DFunc> taper_;
-  double supportU_ = 0, supportV_ = 0;  ///< half-width of the kernel, whole cells
-  double phaseX_ = 0, phaseY_ = 0;      ///< radians per wavelength
+  std::unique_ptr<PointMaker> maker_;
+  std::unique_ptr<ThreadTeam> team_;
+  std::unique_ptr<BatchGridder> batches_;
+  std::size_t together_ = 0;  ///< IFs that the next pass starts with
+  TilePool pool_;
   std::vector<WorkGrid> workGrids_;
   AMatrix<double> cumulative_;  ///< ΣK over all frequencies; only for uniform weighting
+  double advanced_ = 0;         ///< IFs of the current file, for the progress
   Status status_;
 };
 
-/// The kernel (widths in cells times the cell size) and the taper of a valid parameter block; null for a type
-/// outside 1..4.
-[[nodiscard]] std::unique_ptr<AB3DFunc> makeKernel(const ABMakeParameters& parameters,
-                                                   const GridGeometry& geometry);
+/// The taper of a valid parameter block; null for a type outside 1..4.
 [[nodiscard]] std::unique_ptr<AB3DFunc> makeTaper(const ABMakeParameters& parameters);
 
 }  // namespace lumo

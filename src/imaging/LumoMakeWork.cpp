@@ -11,7 +11,6 @@
 #include "core/Units.h"
 #include "imaging/BeamMomentAccumulator.h"
 #include "imaging/Fft.h"
-#include "imaging/FourierTransform.h"
 #include "imaging/GridCorrection.h"
 #include "imaging/GridGeometry.h"
 #include "imaging/Gridder.h"
@@ -126,6 +125,7 @@ Status LumoMakeWork::estimateBeam(const SpectralGridSet& grids, AMapHeader& head
   for (std::int32_t r = 0; r < geometry.rows; ++r) {
     for (std::int32_t c = 0; c < geometry.columns; ++c) {
       const double weight = sampling(static_cast<std::uint32_t>(r), static_cast<std::uint32_t>(c)).real();
+      if (weight == 0) continue;  // It would change no sum.
       const double u = geometry.u(c);
       const double v = geometry.v(r);
       moments.add(u, v, weight);
@@ -145,8 +145,8 @@ Status LumoMakeWork::estimateBeam(const SpectralGridSet& grids, AMapHeader& head
 int LumoMakeWork::makeBeams(SpectralGridSet& grids, AMapHeader& header, double& scale) {
   const Geometry geometry(*parameters_);
   header.kind = MapKind::kBeam;
+  AMatrix<double> image;
   for (std::int32_t k = 0; k < beamCount(); ++k) {
-    AMatrix<double> image;
     {
       const PhaseTimer timer(phases_.transform);
       if (FourierTransformGrid(grids.beams[k], image, -1, 1.0, 1.0) == 0) return 0;
@@ -171,8 +171,8 @@ int LumoMakeWork::makeBeams(SpectralGridSet& grids, AMapHeader& header, double& 
 int LumoMakeWork::makeDirtyMaps(SpectralGridSet& grids, AMapHeader& header, double scale) {
   const Geometry geometry(*parameters_);
   header.kind = MapKind::kIntensity;
+  AMatrix<double> image;
   for (std::int32_t k = 0; k < order_; ++k) {
-    AMatrix<double> image;
     {
       const PhaseTimer timer(phases_.transform);
       if (FourierTransformGrid(grids.dirty[k], image, -1, 1.0, 1.0) == 0) return 0;
@@ -185,13 +185,17 @@ int LumoMakeWork::makeDirtyMaps(SpectralGridSet& grids, AMapHeader& header, doub
 }
 
 int LumoMakeWork::GridVisibilities(const ABMakeParameters& parameters, SpectralGridSet& grids) {
-  Gridder gridder(parameters, inputs_, {order_, referenceFrequency_, workGridBytes_}, indicators_);
+  Gridder gridder(parameters, inputs_, {order_, referenceFrequency_, workGridBytes_, threads_}, indicators_);
   return gridder.run(grids) != 0 ? 1 : fail(gridder.status());
 }
 
 int LumoMakeWork::FourierTransformGrid(AMatrix<Complex>& grid, AMatrix<double>& image, int direction,
                                        double columnScale, double rowScale) {
-  if (fourierTransformGrid(grid, image, {direction, columnScale, rowScale}, indicators_) != 0) return 1;
+  const TransformSettings settings{direction, columnScale, rowScale};
+  if (team_ == nullptr) team_ = std::make_unique<ThreadTeam>(std::max(threads_, 1));
+  if (transform_ == nullptr || transform_->settings() != settings)
+    transform_ = std::make_unique<GridTransform>(settings, *team_);
+  if (transform_->run(grid, image, indicators_) != 0) return 1;
   return fail({StatusCode::kCancelled, "cancelled while transforming"});
 }
 
@@ -230,11 +234,16 @@ void LumoMakeWork::SaveDirtyMap(const AMapHeader& header, const TMinMax& range, 
 void LumoMakeWork::save(const AMapHeader& header, const TMinMax& range, const AMatrix<double>& image,
                         const std::string& name, const AMatrixRect& rect) {
   const PhaseTimer timer(phases_.write);
-  AMatrix<float> single(savedLength(image.rows()), savedLength(image.columns()));
-  for (std::uint32_t r = 0; r < single.rows(); ++r)
-    std::transform(&image(r, 0), &image(r, 0) + single.columns(), &single(r, 0),
+  const auto firstRow = static_cast<std::uint32_t>(rect.firstRow);
+  const auto firstColumn = static_cast<std::uint32_t>(rect.firstColumn);
+  AMatrix<float> single(static_cast<std::uint32_t>(rect.lastRow) - firstRow + 1,
+                        static_cast<std::uint32_t>(rect.lastColumn) - firstColumn + 1);
+  for (std::uint32_t r = 0; r < single.rows(); ++r) {
+    const double* const from = &image(firstRow + r, firstColumn);
+    std::transform(from, from + single.columns(), &single(r, 0),
                    [](double value) { return static_cast<float>(value); });
-  products_.push_back({name, writeMap(name, header, range, single, rect)});
+  }
+  products_.push_back({name, writeMap(name, header, range, single)});
 }
 
 }  // namespace lumo

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "core/TMinMax.h"
 #include "imaging/AB3DFunc.h"
 #include "imaging/ABMakeParameters.h"
+#include "imaging/FourierTransform.h"
 #include "imaging/SpectralGridSet.h"
 #include "io/AMapHeader.h"
 #include "io/MapProduct.h"
@@ -28,7 +30,8 @@ namespace lumo {
 ///     work.setReferenceFrequency(hz); work.SetInputs(...); name the products; work.Run(...)
 ///
 /// Dirty map k is the transform of the visibilities weighted by ((ν − ν0)/ν0)^k, beam k that of the sampling
-/// function with the same weight. Products whose name is empty are not saved. Used once, on one thread.
+/// function with the same weight. Products whose name is empty are not saved. Used once; indicators are
+/// called on the caller's thread.
 class LumoMakeWork {
  public:
   explicit LumoMakeWork(std::int32_t order);
@@ -61,6 +64,8 @@ class LumoMakeWork {
   [[nodiscard]] const Phases& phases() const { return phases_; }
   /// Memory for the work grids of IFs that are gridded together, in bytes; at least one IF always runs.
   void setWorkGridBytes(std::uint64_t bytes) { workGridBytes_ = bytes; }
+  /// Threads at most, 1 or more. The products do not depend on it.
+  void setThreads(int threads) { threads_ = threads; }
 
   /// Fills the beam grids (2·order−1) and dirty grids (order). Returns 1, or 0 when cancelled or unreadable.
   virtual int GridVisibilities(const ABMakeParameters& parameters, SpectralGridSet& grids);
@@ -102,6 +107,9 @@ class LumoMakeWork {
   AObjArray<std::string> dirtyMapNames_;
   AObjArray<std::string> beamNames_;
   std::uint64_t workGridBytes_ = std::uint64_t{512} << 20;
+  int threads_ = 1;
+  std::unique_ptr<ThreadTeam> team_;  ///< of the transforms
+  std::unique_ptr<GridTransform> transform_;
   Status status_;
   MapProducts products_;
   Phases phases_;

@@ -1,44 +1,106 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "imaging/WorkGrid.h"
 
-#include <bit>
+#include <algorithm>
+#include <limits>
+#include <new>
 
 namespace lumo {
 
+namespace {
+
+std::uint64_t tileCount(const WorkGrid::Layout& layout) {
+  return static_cast<std::uint64_t>(layout.tileRows) * static_cast<std::uint64_t>(layout.tilesPerRow);
+}
+
+}  // namespace
+
+WorkGrid::Layout::Layout(const GridGeometry& geometry)
+    : rows(geometry.rows),
+      columns(geometry.columns),
+      tileRows((rows - 1) / kTileRows + 1),
+      tilesPerRow((columns - 1) / kTileColumns + 1) {}
+
+bool WorkGrid::Layout::fits() const {
+  return tileCount(*this) * kTileCells <=
+         static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max());
+}
+
+std::uint64_t WorkGrid::emptyBytes(const GridGeometry& geometry) {
+  return tileCount(Layout(geometry)) * sizeof(Cell*);
+}
+
 std::uint64_t WorkGrid::bytes(const GridGeometry& geometry) {
-  const std::uint64_t cells =
-      static_cast<std::uint64_t>(geometry.rows) * static_cast<std::uint64_t>(geometry.columns);
-  return cells * sizeof(Cell) + cells / 8;
+  return emptyBytes(geometry) + tileCount(Layout(geometry)) * kTileCells * sizeof(Cell);
 }
 
-WorkGrid::WorkGrid(const GridGeometry& geometry)
-    : cells_(static_cast<std::size_t>(geometry.rows) * static_cast<std::size_t>(geometry.columns)),
-      touched_(cells_.size() / kBits + 1) {}
+WorkGrid::WorkGrid(const GridGeometry& geometry, int parts, TilePool& pool)
+    : layout_(geometry), tiles_(static_cast<std::size_t>(tileCount(layout_))) {
+  for (int i = 0; i < std::max(parts, 1); ++i) stores_.emplace_back(pool);
+}
 
-void WorkGrid::foldCell(std::size_t index, double f, SpectralGridSet& grids) const {
-  const Cell& cell = cells_[index];
-  const std::int32_t order = grids.dirty.count();
-  double p = 1.0;
-  for (std::int32_t k = 0; k < grids.beams.count(); ++k) {
+WorkGrid::Cell* WorkGrid::Store::take() {
+  constexpr std::size_t tileBytes = kTileCells * sizeof(Cell);
+  if (left_ == 0) {
+    pieces_.push_back(pool_->take());
+    left_ = TilePool::kPieceBytes / tileBytes;
+  }
+  std::byte* const place = pieces_.back() + --left_ * tileBytes;
+  return new (place) Cell[kTileCells];
+}
+
+void WorkGrid::Store::release() {
+  pool_->giveBack(pieces_);
+  pieces_.clear();
+  left_ = 0;
+}
+
+WorkGrid::Target::Target(SpectralGridSet& grids, AMatrix<double>* cumulative)
+    : kernels(cumulative != nullptr ? cumulative->data() : nullptr) {
+  for (AMatrix<Complex>& grid : grids.beams) beams.push_back(grid.data());
+  for (AMatrix<Complex>& grid : grids.dirty) dirty.push_back(grid.data());
+}
+
+void WorkGrid::foldTile(Cell* tile, std::size_t firstElement, const std::vector<double>& powers,
+                        const Target& target) const {
+  struct Sum {
+    const Cell* cell;
+    std::size_t element;
+  };
+  Sum sums[kTileCells];
+  std::size_t count = 0;
+  for (std::uint32_t i = 0; i < kTileCells; ++i) {
+    const std::size_t element =
+        firstElement + i / kTileColumns * static_cast<std::size_t>(layout_.columns) + i % kTileColumns;
+    sums[count] = {tile + i, element};
+    count += tile[i].kernel != 0 ? 1 : 0;
+  }
+  for (std::size_t k = 0; k < target.beams.size(); ++k) {
+    const double p = powers[k];
     // Beam grids are real: std::complex += double leaves the imaginary part alone.
-    grids.beams[k].data()[index] += p * cell.weight;
-    if (k < order) grids.dirty[k].data()[index] += Complex(p * cell.re, p * cell.im);
-    p *= f;
+    for (std::size_t i = 0; i < count; ++i) target.beams[k][sums[i].element] += p * sums[i].cell->weight;
+    if (k >= target.dirty.size()) continue;
+    for (std::size_t i = 0; i < count; ++i)
+      target.dirty[k][sums[i].element] += Complex(p * sums[i].cell->re, p * sums[i].cell->im);
+  }
+  if (target.kernels != nullptr)
+    for (std::size_t i = 0; i < count; ++i) target.kernels[sums[i].element] += sums[i].cell->kernel;
+}
+
+void WorkGrid::foldTileRow(std::int32_t tileRow, const std::vector<double>& powers, const Target& target) {
+  Cell** const tiles =
+      &tiles_[static_cast<std::size_t>(tileRow) * static_cast<std::size_t>(layout_.tilesPerRow)];
+  const std::size_t firstElement =
+      static_cast<std::size_t>(tileRow) * kTileRows * static_cast<std::size_t>(layout_.columns);
+  for (std::int32_t t = 0; t < layout_.tilesPerRow; ++t) {
+    if (tiles[t] == nullptr) continue;
+    foldTile(tiles[t], firstElement + static_cast<std::size_t>(t) * kTileColumns, powers, target);
+    tiles[t] = nullptr;
   }
 }
 
-void WorkGrid::fold(double f, SpectralGridSet& grids, AMatrix<double>* cumulative) {
-  for (std::size_t word = 0; word < touched_.size(); ++word) {
-    for (std::uint64_t bits = touched_[word]; bits != 0; bits &= bits - 1) {
-      const std::size_t index = word * kBits + static_cast<std::size_t>(std::countr_zero(bits));
-      if (cells_[index].kernel != 0) {
-        foldCell(index, f, grids);
-        if (cumulative != nullptr) cumulative->data()[index] += cells_[index].kernel;
-      }
-      cells_[index] = Cell();
-    }
-    touched_[word] = 0;
-  }
+void WorkGrid::release() {
+  for (Store& store : stores_) store.release();
 }
 
 }  // namespace lumo

@@ -109,6 +109,47 @@ TEST_P(FourierTransformSizeTest, IsTheSameToTheBitWhenRepeated) {
   EXPECT_EQ(std::memcmp(first.data(), second.data(), first.size() * sizeof(double)), 0);
 }
 
+TEST_P(FourierTransformSizeTest, IsTheSameToTheBitForAnyNumberOfThreadsAndWithPlansAndImageKept) {
+  const auto [rows, nx] = GetParam();
+  const Image expected = transformed(randomGrid(rows, nx));
+  for (const int threads : {1, 2, 3, 8}) {
+    ThreadTeam team(threads);
+    GridTransform transform({}, team);
+    Image image;
+    for (int repeat = 0; repeat < 2; ++repeat) {
+      Grid grid = randomGrid(rows, nx);
+      ASSERT_EQ(transform.run(grid, image, RunIndicators()), 1);
+      ASSERT_EQ(image.size(), expected.size());
+      EXPECT_EQ(std::memcmp(image.data(), expected.data(), image.size() * sizeof(double)), 0) << threads;
+    }
+  }
+}
+
+TEST(FourierTransformTest, OneTransformServesGridsOfDifferentSizes) {
+  ThreadTeam team(2);
+  GridTransform transform({}, team);
+  Image image;
+  for (const Size& size : {Size{16, 32}, Size{32, 16}, Size{16, 32}}) {
+    Grid grid = randomGrid(size.rows, size.nx);
+    ASSERT_EQ(transform.run(grid, image, RunIndicators()), 1);
+    const Image expected = transformed(randomGrid(size.rows, size.nx));
+    ASSERT_EQ(image.rows(), expected.rows());
+    EXPECT_EQ(std::memcmp(image.data(), expected.data(), image.size() * sizeof(double)), 0);
+  }
+}
+
+TEST(FourierTransformTest, StopsOnSeveralThreadsWhenCancelled) {
+  ThreadTeam team(3);
+  GridTransform transform({}, team);
+  CancelFlag cancel{1};
+  RunIndicators indicators;
+  indicators.cancel = &cancel;
+  Grid grid = randomGrid(256, 256);
+  Image image;
+  EXPECT_EQ(transform.run(grid, image, indicators), 0);
+  EXPECT_EQ(image.size(), 0u);
+}
+
 INSTANTIATE_TEST_SUITE_P(UsableAndRefused, FourierTransformSizeTest,
                          ::testing::Values(Size{2, 2}, Size{2, 16}, Size{4, 2}, Size{4, 4}, Size{16, 4},
                                            Size{16, 16}, Size{32, 256}, Size{512, 32}, Size{256, 1024},

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "imaging/Gridder.h"
@@ -148,26 +150,32 @@ void expectSameBits(const AObjArray<AMatrix<Complex>>& grids, const Straight& ex
 class GridderTest : public ::testing::Test {
  protected:
   SpectralGridSet grid(const ABMakeParameters& parameters, const std::vector<TestFile>& files, int order = 1,
-                       std::uint64_t workGridBytes = kLots) {
+                       std::uint64_t workGridBytes = kLots, int threads = 1) {
     const VisibilityInputs inputs = test::listTestFiles(folder_, files);
     const RunIndicators indicators;
-    Gridder gridder(parameters, inputs, {order, kNu0, workGridBytes}, indicators);
+    Gridder gridder(parameters, inputs, {order, kNu0, workGridBytes, threads}, indicators);
     SpectralGridSet grids;
     EXPECT_EQ(gridder.run(grids), 1) << gridder.status().text();
     EXPECT_TRUE(gridder.status().ok());
     return grids;
   }
 
-  /// Compares with the oracle by memory, one IF at a time, two together and all together.
+  /// Compares with the oracle by memory: one IF at a time, as many as little memory allows and all together,
+  /// on one, two, three and eight threads.
   void expectStraight(const ABMakeParameters& parameters, const std::vector<TestFile>& files, int order) {
     const StraightGrids expected = test::gridStraight(parameters, files, order, kNu0);
     double total = 0;
     for (const auto& value : expected.beams[0]) total += value.real();
     ASSERT_GT(total, 0) << "the oracle gridded nothing";
-    const std::uint64_t one = WorkGrid::bytes(GridGeometry(parameters));
-    for (const std::uint64_t bytes : {std::uint64_t{0}, 2 * one, kLots}) {
-      SCOPED_TRACE(bytes);
-      const SpectralGridSet grids = grid(parameters, files, order, bytes);
+    struct Way {
+      std::uint64_t bytes;
+      int threads;
+    };
+    const std::uint64_t little = 2 * TilePool::kPieceBytes;
+    for (const Way& way : {Way{0, 1}, Way{0, 2}, Way{little, 1}, Way{little, 3}, Way{kLots, 1}, Way{kLots, 2},
+                           Way{kLots, 3}, Way{kLots, 8}}) {
+      SCOPED_TRACE(std::to_string(way.bytes) + " bytes, " + std::to_string(way.threads) + " threads");
+      const SpectralGridSet grids = grid(parameters, files, order, way.bytes, way.threads);
       expectSameBits(grids.beams, expected.beams, "beam");
       expectSameBits(grids.dirty, expected.dirty, "dirty");
     }
@@ -272,6 +280,73 @@ TEST_F(GridderTest, GridsLikeTheStraightLoopsForEverySetOfSelections) {
     for (int bit = 0; bit < 3; ++bit) files[0].used(bit, mask >> bit & 1);
     expectStraight(smallGrid(), files, 2);
   }
+}
+
+TEST_F(GridderTest, GridsLikeTheStraightLoopsOverManyBlocksOfRecords) {
+  TestFile file({kNu0, 1.07e9, 1.1e9, 1.13e9, 1.16e9}, 3);
+  fill(file, 9000, 21);
+  for (const std::int32_t kernel : {kKernelPillBox, kKernelGauss}) {
+    ABMakeParameters p = smallGrid();
+    p.kernelType = kernel;
+    p.shiftX = 0.05;
+    expectStraight(p, {file}, 2);
+  }
+}
+
+TEST_F(GridderTest, GridsLikeTheStraightLoopsAtAndNextToTheEdgesOfCells) {
+  TestFile file({kNu0});
+  for (int u = -18; u <= 18; ++u) {
+    for (int v = -9; v <= 9; ++v) {
+      // Half a cell, the next smaller and larger single, and a thousandth of a millionth of a cell beside it.
+      for (const double step : {0.0, 0x1p-23, -0x1p-23, 0x1p-20, -0x1p-20}) {
+        const double side = (0.5 + step) * kCellSeconds;
+        file.add(u * kCellSeconds + side, v * kCellSeconds, {{1, 2, 3}});
+        file.add(u * kCellSeconds, v * kCellSeconds - side, {{3, -1, 2}});
+        file.add(u * kCellSeconds - side, v * kCellSeconds + side, {{-2, 1, 1}});
+      }
+    }
+  }
+  expectStraight(smallGrid(), {file}, 1);
+  // Cells whose size is no power of two: positions and edges are rounded.
+  ABMakeParameters p = smallGrid();
+  p.uvScaleU *= 1 + 1e-7;
+  p.uvScaleV *= 1 - 1e-7;
+  expectStraight(p, {file}, 1);
+}
+
+TEST_F(GridderTest, GridsLikeTheStraightLoopsOnGridsOfManyTiles) {
+  ABMakeParameters p = smallGrid();
+  p.halfSizeX = 256;
+  p.halfSizeY = 128;
+  for (const std::int32_t kernel : {kKernelPillBox, kKernelHat}) {
+    p.kernelType = kernel;
+    p.kernelWidthU = p.kernelWidthV = 3;
+    expectStraight(p, twoFiles(), 2);
+  }
+}
+
+TEST_F(GridderTest, WhatDoesNotFitTheMemoryOfTheWorkGridsWaitsForTheNextPass) {
+  TestFile file({kNu0, 1.1e9, 1.2e9, 1.3e9});
+  fill(file, 300, 5);
+  const VisibilityInputs inputs = test::listTestFiles(folder_, {file});
+  ABMakeParameters p = smallGrid();
+  p.halfSizeX = p.halfSizeY = 256;  // every work grid takes several pieces
+  const auto passes = [&](std::uint64_t bytes) {
+    test::RecordingBar reading;
+    RunIndicators indicators;
+    indicators.readingBar = &reading;
+    Gridder gridder(p, inputs, {1, kNu0, bytes}, indicators);
+    SpectralGridSet grids;
+    EXPECT_EQ(gridder.run(grids), 1);
+    return std::count(reading.positions.begin(), reading.positions.end(), 100);
+  };
+  EXPECT_EQ(passes(kLots), 1);
+  EXPECT_EQ(passes(0), 4);
+  // Room for the lists of all four, but not for what the visibilities take.
+  const std::uint64_t lists = 4 * WorkGrid::emptyBytes(GridGeometry(p));
+  EXPECT_GT(passes(lists), 1);
+  EXPECT_LT(passes(lists), 5);
+  expectStraight(p, {file}, 1);
 }
 
 TEST_F(GridderTest, AVisibilityAtUZeroIsGriddedTwiceInItsColumnEachTimeWithTheFullWeight) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <cstring>
 #include <filesystem>
 #include <numbers>
 #include <random>
@@ -215,6 +216,24 @@ TEST_F(LumoMakeWorkTest, WithOrderTwoMakesDirtyMapsZeroAndOneAndBeamsZeroToTwo) 
   EXPECT_EQ(productCount(), 5);
   for (int k = 0; k < 2; ++k) EXPECT_TRUE(test::exists(name("^dm", k)));
   for (int k = 0; k < 3; ++k) EXPECT_TRUE(test::exists(name("^bm", k)));
+}
+
+TEST_F(LumoMakeWorkTest, TheProductsAreTheSameToTheBitForAnyNumberOfThreads) {
+  std::vector<LoadedMap> expected;
+  for (const int threads : {1, 2, 3, 8}) {
+    const auto work = makeWork({offCells(kField, 300)}, 2);
+    work->setThreads(threads);
+    ASSERT_EQ(run(*work), 1) << work->status().text();
+    std::vector<LoadedMap> maps;
+    for (int k = 0; k < 2; ++k) maps.push_back(load("^dm", k));
+    for (int k = 0; k < 3; ++k) maps.push_back(load("^bm", k));
+    if (threads == 1) expected = std::move(maps);
+    for (std::size_t i = 0; i < maps.size(); ++i)
+      EXPECT_EQ(std::memcmp(maps[i].matrix->data(), expected[i].matrix->data(),
+                            maps[i].matrix->size() * sizeof(float)),
+                0)
+          << threads << " threads, map " << i;
+  }
 }
 
 TEST_F(LumoMakeWorkTest, BeamsAreTwiceAsLargeAsMapsInBothDirections) {

@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "imaging/BatchGridder.h"
+
+#include <algorithm>
+#include <atomic>
+
+#include "imaging/ShareOut.h"
+
+namespace lumo {
+
+namespace {
+
+/// Of the means of a block, for each thread: what fits its second-level cache beside the work grids' cells.
+constexpr std::size_t kMeansBytes = std::size_t{384} << 10;
+/// Stretches of a block at most, for each thread.
+constexpr std::size_t kMostStretches = 16;
+
+/// How much of the file a pass keeps resident before it gives pages back.
+constexpr std::uint64_t kResidentBytes = std::uint64_t{16} << 20;
+
+/// Steps in which a pass is shown; a percent is never skipped.
+constexpr std::uint64_t kProgressSteps = 128;
+
+/// IFs for each thread from which on dealing out whole IFs keeps the threads busy.
+constexpr std::size_t kIfsPerMember = 4;
+
+}  // namespace
+
+/// What the steps of a block need to know.
+struct BatchGridder::Job {
+  StretchReader reader;
+  const IfBatch& batch;
+  std::vector<WorkGrid>& grids;
+  std::size_t ifs;
+  int parts;
+};
+
+BatchGridder::BatchGridder(const PointMaker& maker, const PointAdder& adder, const RunIndicators& indicators,
+                           ThreadTeam& team, const TilePool& pool)
+    : maker_(maker),
+      adder_(adder),
+      indicators_(indicators),
+      team_(team),
+      pool_(pool),
+      scratch_(static_cast<std::size_t>(team.size())) {}
+
+int BatchGridder::partsFor(std::size_t ifs) const {
+  const auto members = static_cast<std::size_t>(team_.size());
+  return ifs % members == 0 || ifs >= kIfsPerMember * members ? 1 : team_.size();
+}
+
+void BatchGridder::makeRoom(std::size_t ifs, int parts) {
+  const auto members = static_cast<std::size_t>(team_.size());
+  const std::size_t each =
+      std::clamp<std::size_t>(kMeansBytes / (ifs * sizeof(Stretch::Means)), 1, kMostStretches);
+  stretches_.resize(members * each);
+  for (Stretch& stretch : stretches_) stretch.ifs.resize(ifs);
+  points_.resize(parts > 1 ? stretches_.size() * ifs : members);
+}
+
+std::size_t BatchGridder::run(AUVXFile& file, const IfBatch& batch, std::uint64_t workGridBytes,
+                              std::vector<WorkGrid>& grids) {
+  Job job{StretchReader(file, batch, indicators_.cancel), batch, grids, batch.count(), grids.front().parts()};
+  makeRoom(job.ifs, job.parts);
+  const std::uint64_t groups = file.groupCount();
+  const std::uint64_t block = stretches_.size() * Stretch::kCapacity;
+  const std::uint64_t step = std::max<std::uint64_t>(groups / kProgressSteps, 1);
+  AProgress progress(indicators_.readingBar, static_cast<double>(groups));
+  std::uint64_t shown = 0;
+  std::uint64_t released = 0;
+  for (std::uint64_t begin = 0; begin < groups; begin += block) {
+    const std::uint64_t end = std::min(begin + block, groups);
+    for (; shown < end; shown = std::min(shown + step, end)) progress.SetPos(static_cast<double>(shown + 1));
+    progress.SetPos(static_cast<double>(end));
+    if (!gridBlock(job, begin, end)) return 0;
+    while (grids.size() > 1 && pool_.bytes() > workGridBytes) grids.pop_back();
+    job.ifs = std::min(job.ifs, grids.size());
+    if ((end - released) * file.groupBytes() >= kResidentBytes) file.releaseBefore(released = end);
+  }
+  return job.ifs;
+}
+
+bool BatchGridder::gridBlock(const Job& job, std::uint64_t begin, std::uint64_t end) {
+  std::atomic<bool> going{true};
+  shareOut(team_, stretches_.size(), [&](std::size_t s, std::size_t /*member*/) {
+    const std::uint64_t first = std::min<std::uint64_t>(begin + s * Stretch::kCapacity, end);
+    const std::uint64_t last = std::min<std::uint64_t>(first + Stretch::kCapacity, end);
+    if (!job.reader.read(first, last, job.ifs, stretches_[s])) going = false;
+    for (std::size_t i = 0; job.parts > 1 && i < job.ifs; ++i) {
+      PointList& points = points_[s * job.ifs + i];
+      maker_.make(stretches_[s], i, job.batch.frequencies[i], points);
+      adder_.prepare(points);
+    }
+  });
+  if (!going) return false;
+  const auto parts = static_cast<std::size_t>(job.parts);
+  shareOut(team_, job.ifs * parts, [&](std::size_t n, std::size_t member) {
+    addPoints(job, n / parts, static_cast<int>(n % parts), member);
+  });
+  return !indicators_.cancelled();
+}
+
+void BatchGridder::addPoints(const Job& job, std::size_t i, int part, std::size_t member) {
+  for (std::size_t s = 0; s < stretches_.size(); ++s) {
+    // Wide kernels take long over a block.
+    if (indicators_.cancelled()) return;
+    PointList& points = points_[job.parts > 1 ? s * job.ifs + i : member];
+    if (job.parts == 1) {
+      maker_.make(stretches_[s], i, job.batch.frequencies[i], points);
+      adder_.prepare(points);
+    }
+    adder_.add(points, job.grids[i], part, scratch_[member]);
+  }
+}
+
+}  // namespace lumo

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "core/Progress.h"
+#include "core/ThreadTeam.h"
+#include "imaging/PointAdder.h"
+#include "imaging/PointList.h"
+#include "imaging/PointMaker.h"
+#include "imaging/Stretch.h"
+#include "imaging/WorkGrid.h"
+#include "io/AUVXFile.h"
+
+namespace lumo {
+
+/// Grids IFs that share a pass over a file, each onto a work grid of its own, block of groups by block.
+///
+///     for each block: read its stretches                    (threads: stretches)
+///                     make the points of the IFs, add them  (threads: IFs)
+///
+/// Where the IFs are too few for the threads, points are made when a stretch is read and added by (IF, part
+/// of the tiles). Either way the points of a cell are added in the order of the file, by one thread.
+class BatchGridder {
+ public:
+  /// The references must outlive the gridder.
+  BatchGridder(const PointMaker& maker, const PointAdder& adder, const RunIndicators& indicators,
+               ThreadTeam& team, const TilePool& pool);
+
+  /// Parts that the work grids of a batch of so many IFs must have.
+  [[nodiscard]] int partsFor(std::size_t ifs) const;
+
+  /// Grids the batch onto `grids`, which has an empty work grid for each IF. When they take more than
+  /// `workGridBytes` of the pool together (looked at after each block), the last ones are removed and their
+  /// IFs left out, but never the first. Returns how many IFs were gridded; 0 when cancelled.
+  [[nodiscard]] std::size_t run(AUVXFile& file, const IfBatch& batch, std::uint64_t workGridBytes,
+                                std::vector<WorkGrid>& grids);
+
+ private:
+  struct Job;
+
+  void makeRoom(std::size_t ifs, int parts);
+  bool gridBlock(const Job& job, std::uint64_t begin, std::uint64_t end);
+  void addPoints(const Job& job, std::size_t ifIndex, int part, std::size_t member);
+
+  const PointMaker& maker_;
+  const PointAdder& adder_;
+  const RunIndicators& indicators_;
+  ThreadTeam& team_;
+  const TilePool& pool_;
+  std::vector<Stretch> stretches_;            ///< of a block
+  std::vector<PointList> points_;             ///< one for each member; with parts for each (stretch, IF)
+  std::vector<PointAdder::Scratch> scratch_;  ///< one for each member
+};
+
+}  // namespace lumo

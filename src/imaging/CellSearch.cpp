@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "imaging/CellSearch.h"
+
+#include "imaging/WorkGrid.h"
+
+// Compiled once per instruction set; the one to run is chosen when the program runs.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imaging/CellSearch.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace lumo::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Tag = hn::CappedTag<double, PointList::kCapacity>;
+using Vector = hn::Vec<Tag>;
+using Mask = hn::Mask<Tag>;
+
+/// Of a cell: points farther inside than this miss the neighbouring cells whatever the rounding.
+constexpr double kClearly = 0.5 - 0x1p-30;
+
+struct Place {
+  Vector row, column;
+  Mask nowhere;  ///< surely outside of every cell of the grid, and the conjugate point too
+  Mask inside;   ///< surely inside this cell and no other, and the conjugate point in none
+};
+
+/// Where the point (u, v) of the half plane u >= 0 falls.
+HWY_INLINE Place find(const GridGeometry& g, Vector u, Vector v) {
+  const Tag d;
+  const auto set = [d](double value) { return hn::Set(d, value); };
+  const auto center = [&](Vector position, double extent, double perCell) {
+    return hn::Trunc(hn::Add(hn::Mul(hn::Add(position, set(extent)), set(perCell)), set(0.5)));
+  };
+  const auto between = [&](Vector value, double first, double last) {
+    return hn::And(hn::Ge(value, set(first)), hn::Le(value, set(last)));
+  };
+  Place place;
+  place.column = hn::Sub(center(u, g.uMax, g.perDu), set(g.nx));
+  place.row = center(v, g.vMax, g.perDv);
+  const Vector x = hn::Sub(hn::Mul(place.column, set(g.du)), u);
+  const Vector y = hn::Sub(hn::Sub(hn::Mul(place.row, set(g.dv)), set(g.vMax)), v);
+  const Mask clearX = hn::Le(hn::Abs(x), set(kClearly * g.du));
+  const Mask clearY = hn::Le(hn::Abs(y), set(kClearly * g.dv));
+  // With u above du/2 the conjugate point's x = c du + u is too large for every column c >= 0.
+  const Mask alone = hn::Or(hn::Ge(place.column, set(2)), hn::And(clearX, hn::Ge(place.column, set(1))));
+  const Mask outOfColumns = hn::Gt(place.column, set(g.columns - 1));
+  const Mask inRows = between(place.row, 0, g.rows - 1);
+  const Mask far = hn::Or(hn::Gt(place.column, set(g.columns)), hn::Not(between(place.row, -1, g.rows)));
+  const Mask beside = hn::Or(hn::And(clearX, outOfColumns), hn::AndNot(inRows, clearY));
+  place.nowhere = hn::And(alone, hn::Or(far, beside));
+  place.inside = hn::And(hn::And(clearX, clearY), hn::AndNot(outOfColumns, hn::And(alone, inRows)));
+  return place;
+}
+
+/// WorkGrid::Layout::cell in doubles, which hold these numbers exactly.
+HWY_INLINE Vector cellNumber(const WorkGrid::Layout& layout, Vector row, Vector column) {
+  const Tag d;
+  const Vector height = hn::Set(d, WorkGrid::kTileRows);
+  const Vector width = hn::Set(d, WorkGrid::kTileColumns);
+  const Vector tileRow = hn::Floor(hn::Mul(row, hn::Set(d, 1.0 / WorkGrid::kTileRows)));
+  const Vector tileColumn = hn::Floor(hn::Mul(column, hn::Set(d, 1.0 / WorkGrid::kTileColumns)));
+  const Vector tile = hn::Add(hn::Mul(tileRow, hn::Set(d, layout.tilesPerRow)), tileColumn);
+  const Vector rowInTile = hn::Sub(row, hn::Mul(tileRow, height));
+  const Vector columnInTile = hn::Sub(column, hn::Mul(tileColumn, width));
+  return hn::Add(hn::Mul(tile, hn::Set(d, WorkGrid::kTileCells)),
+                 hn::Add(hn::Mul(rowInTile, width), columnInTile));
+}
+
+void searchAll(const GridGeometry& g, PointList& points) {
+  const Tag d;
+  const hn::Rebind<std::int32_t, Tag> di;
+  const WorkGrid::Layout layout(g);
+  const Vector none = hn::Set(d, PointList::kNoCell);
+  const Vector unclear = hn::Set(d, PointList::kUnclear);
+  // Places behind the last point hold older points; what is found for them is not used.
+  for (std::size_t i = 0; i < points.count; i += hn::Lanes(d)) {
+    // Of the point and its conjugate the one with u >= 0.
+    const Vector u = hn::Load(d, points.u + i);
+    const Vector v = hn::Load(d, points.v + i);
+    const Mask conjugate = hn::Lt(u, hn::Zero(d));
+    const Place place = find(g, hn::Abs(u), hn::IfThenElse(conjugate, hn::Neg(v), v));
+    const Vector cell = cellNumber(layout, place.row, place.column);
+    const Vector other = hn::IfThenElse(place.nowhere, none, unclear);
+    hn::Store(hn::DemoteTo(di, hn::IfThenElse(place.inside, cell, other)), di, points.cell + i);
+    const Vector weight = hn::Load(d, points.weight + i);
+    const Vector im = hn::Load(d, points.im + i);
+    hn::Store(hn::Mul(weight, hn::Load(d, points.re + i)), d, points.weightedRe + i);
+    hn::Store(hn::Mul(weight, hn::IfThenElse(conjugate, hn::Neg(im), im)), d, points.weightedIm + i);
+  }
+}
+
+}  // namespace lumo::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace lumo {
+
+HWY_EXPORT(searchAll);
+
+void searchCells(const GridGeometry& geometry, PointList& points) {
+  HWY_DYNAMIC_DISPATCH(searchAll)(geometry, points);
+}
+
+}  // namespace lumo
+
+#endif

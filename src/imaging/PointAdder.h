@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "imaging/ABMakeParameters.h"
+#include "imaging/GridGeometry.h"
+#include "imaging/PointList.h"
+#include "imaging/WorkGrid.h"
+
+namespace lumo {
+
+/// Convolves points with one kind of kernel onto a work grid: each point and then its conjugate point adds
+/// K·w, K·w·V and K to the cells of its footprint. Shared by threads.
+class PointAdder {
+ public:
+  /// Room for one thread's intermediate results.
+  using Scratch = std::vector<double>;
+
+  virtual ~PointAdder() = default;
+  /// What can be worked out about points before their turn to be added comes.
+  virtual void prepare(PointList& /*points*/) const {}
+  /// Adds prepared points to the grid's cells that belong to `part`.
+  virtual void add(const PointList& points, WorkGrid& grid, int part, Scratch& scratch) const = 0;
+};
+
+/// For the kernel of a parameter block; null for a type outside 1..4.
+[[nodiscard]] std::unique_ptr<PointAdder> makePointAdder(const ABMakeParameters& parameters,
+                                                         const GridGeometry& geometry);
+
+}  // namespace lumo

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "imaging/Stretch.h"
+
+#include <cmath>
+
+#include "core/LittleEndian.h"
+#include "io/UvxTables.h"
+
+namespace lumo {
+
+namespace {
+
+AUVXComplex loadVisibility(const std::uint8_t* bytes) {
+  // The groups of a file are not aligned.
+  return {loadLittle<float>(bytes), loadLittle<float>(bytes + 4), loadLittle<float>(bytes + 8)};
+}
+
+/// What a mix yields from the products of one channel.
+template <bool kTwoProducts>
+AUVXComplex mixed(const AStokesMix& mix, const std::uint8_t* channel) {
+  const auto product = [channel](int index) {
+    return loadVisibility(channel + static_cast<std::size_t>(index) * sizeof(AUVXComplex));
+  };
+  const AUVXComplex a = product(mix.first());
+  if constexpr (!kTwoProducts) return a;
+  return AStokesMix::mean(a, product(mix.second()));
+}
+
+}  // namespace
+
+StretchReader::StretchReader(const AUVXFile& file, const IfBatch& batch, const CancelFlag* cancel)
+    : file_(file),
+      batch_(batch),
+      cancel_(cancel),
+      channels_(file.shape().channels),
+      channelBytes_(file.shape().products * sizeof(AUVXComplex)) {}
+
+bool StretchReader::read(std::uint64_t begin, std::uint64_t end, std::size_t ifs, Stretch& stretch) const {
+  const auto source = static_cast<std::int16_t>(batch_.sourceId);
+  const auto freqSel = static_cast<std::int8_t>(batch_.freqSelId);
+  const std::size_t firstBytes = static_cast<std::size_t>(batch_.first) * channels_ * channelBytes_;
+  stretch.records = 0;
+  for (std::uint64_t group = begin; group < end; ++group) {
+    const std::uint8_t* const bytes = file_.groupAt(group);
+    const UvxRecord record = UvxRecord::load(bytes);
+    if (record.source != source || record.freqSel != freqSel) continue;
+    if (!std::isfinite(record.u) || !std::isfinite(record.v)) continue;
+    if (cancel_ != nullptr && cancel_->load(std::memory_order_relaxed) != 0) return false;
+    if (record.isFlagged()) continue;
+    stretch.u[stretch.records] = record.u;
+    stretch.v[stretch.records] = record.v;
+    const std::uint8_t* const values = bytes + UvxRecord::kBytes + firstBytes;
+    if (batch_.mix.second() < 0)
+      average<false>(values, ifs, stretch);
+    else
+      average<true>(values, ifs, stretch);
+    ++stretch.records;
+  }
+  return true;
+}
+
+template <bool kTwoProducts>
+void StretchReader::average(const std::uint8_t* values, std::size_t ifs, Stretch& stretch) const {
+  const std::size_t record = stretch.records;
+  for (std::size_t i = 0; i < ifs; ++i) {
+    Stretch::Means& means = stretch.ifs[i];
+    if (channels_ == 1) {
+      // It is its own mean.
+      const AUVXComplex value = mixed<kTwoProducts>(batch_.mix, values);
+      values += channelBytes_;
+      means.re[record] = value.Re();
+      means.im[record] = value.Im();
+      means.weight[record] = value.isUsable() ? value.Weight() : 0.0f;
+      continue;
+    }
+    double re = 0, im = 0, weight = 0;
+    int count = 0;
+    for (std::size_t channel = 0; channel < channels_; ++channel, values += channelBytes_) {
+      const AUVXComplex value = mixed<kTwoProducts>(batch_.mix, values);
+      if (!value.isUsable()) continue;
+      re += value.Re();
+      im += value.Im();
+      weight += value.Weight();
+      ++count;
+    }
+    means.re[record] = static_cast<float>(re / count);
+    means.im[record] = static_cast<float>(im / count);
+    means.weight[record] = count != 0 ? static_cast<float>(weight / count) : 0.0f;
+  }
+}
+
+}  // namespace lumo

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "core/Progress.h"
+#include "io/AStokesMix.h"
+#include "io/AUVXFile.h"
+
+namespace lumo {
+
+/// IFs first .. first+count−1 of one frequency selection of one file.
+struct IfBatch {
+  std::int32_t sourceId = 0;
+  int freqSelId = 0;
+  AStokesMix mix;
+  int first = 0;
+  std::vector<double> frequencies;  ///< of these IFs' first channels, Hz
+  [[nodiscard]] std::size_t count() const { return frequencies.size(); }
+};
+
+/// The usable records of some successive groups of a file, reduced to channel means.
+struct Stretch {
+  /// Groups at most.
+  static constexpr std::size_t kCapacity = 256;
+
+  /// One IF: the mean of each record's usable channels, rounded to single precision; weight 0 where there is
+  /// none.
+  struct Means {
+    // A cache line longer than needed: otherwise the same record of many IFs would fall into a few sets of
+    // the cache.
+    static constexpr std::size_t kPadded = kCapacity + 16;
+    float re[kPadded];
+    float im[kPadded];
+    float weight[kPadded];
+  };
+
+  std::size_t records = 0;
+  double u[kCapacity];  ///< seconds of light travel
+  double v[kCapacity];
+  std::vector<Means> ifs;
+};
+
+/// Reads stretches of one source and one frequency selection, leaving out flagged groups and those whose u or
+/// v is not finite, and averages the channels of a batch's IFs (sums in double). Reads every byte once and in
+/// order; several threads may read different stretches.
+class StretchReader {
+ public:
+  /// The references must outlive the reader; `file` must stay open.
+  StretchReader(const AUVXFile& file, const IfBatch& batch, const CancelFlag* cancel);
+
+  /// Reads the groups begin .. end − 1, at most Stretch::kCapacity, averaging the first `ifs` IFs of the
+  /// batch, for which `stretch` has room. Returns false as soon as it meets a group of the source and
+  /// selection with the cancel flag set.
+  [[nodiscard]] bool read(std::uint64_t begin, std::uint64_t end, std::size_t ifs, Stretch& stretch) const;
+
+ private:
+  template <bool kTwoProducts>
+  void average(const std::uint8_t* values, std::size_t ifs, Stretch& stretch) const;
+
+  const AUVXFile& file_;
+  const IfBatch& batch_;
+  const CancelFlag* cancel_;
+  std::size_t channels_;
+  std::size_t channelBytes_;
+};
+
+}  // namespace lumo
