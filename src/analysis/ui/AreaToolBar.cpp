@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "analysis/ui/AreaToolBar.h"
+
+#include <QButtonGroup>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QToolButton>
+
+#include "analysis/ui/ATrackerArrayInAxis.h"
+
+namespace lumo {
+
+namespace {
+
+/// A small drawing of what the tool makes, in the window's own colours.
+QIcon iconOf(AreaTool tool, const QWidget& widget) {
+  const int side = widget.fontMetrics().height();
+  QPixmap pixmap(QSize(side, side) * widget.devicePixelRatioF());
+  pixmap.setDevicePixelRatio(widget.devicePixelRatioF());
+  pixmap.fill(Qt::transparent);
+  QPainter painter(&pixmap);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(widget.palette().color(QPalette::ButtonText), side / 12.0, Qt::SolidLine, Qt::RoundCap,
+                      Qt::RoundJoin));
+  painter.scale(side / 16.0, side / 16.0);
+  painter.setPen(QPen(painter.pen().color(), 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  switch (tool) {
+    case AreaTool::kSelect:
+      painter.setBrush(painter.pen().color());
+      painter.drawPolygon(
+          QPolygonF({{4, 2}, {12.5, 9.5}, {8.6, 9.8}, {10.6, 14}, {8.6, 14.8}, {6.8, 10.6}, {4, 13}}));
+      break;
+    case AreaTool::kMoveMap:
+      painter.drawLine(QPointF(8, 1.5), QPointF(8, 14.5));
+      painter.drawLine(QPointF(1.5, 8), QPointF(14.5, 8));
+      for (int turn = 0; turn < 4; ++turn) {
+        painter.drawPolyline(QPolygonF({{6, 3.5}, {8, 1.5}, {10, 3.5}}));
+        painter.translate(8, 8);
+        painter.rotate(90);
+        painter.translate(-8, -8);
+      }
+      break;
+    case AreaTool::kRectangle:
+      painter.drawRect(QRectF(1.5, 3.5, 13, 9));
+      break;
+    case AreaTool::kEllipse:
+      painter.drawEllipse(QRectF(1, 3.5, 14, 9));
+      break;
+    case AreaTool::kCircle:
+      painter.drawEllipse(QRectF(2.5, 2.5, 11, 11));
+      break;
+    case AreaTool::kPolygon:
+      painter.drawPolygon(QPolygonF({{2, 6}, {9, 2}, {14, 7}, {11, 14}, {4, 13}}));
+      break;
+  }
+  return QIcon(pixmap);
+}
+
+}  // namespace
+
+AreaToolBar::AreaToolBar(ATrackerArrayInAxis& trackers, QWidget* parent)
+    : QWidget(parent), trackers_(trackers) {
+  auto* const row = new QHBoxLayout(this);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->setSpacing(0);
+  addTool(*row, AreaTool::kSelect, "tool.select", tr("Select"),
+          tr("Select an area, move it, pull its handles (S). Dragging beside the areas moves the map."));
+  addTool(*row, AreaTool::kMoveMap, "tool.move", tr("Move map"),
+          tr("Drag the map (M). The middle button does so with every tool, and the wheel zooms."));
+  row->addSpacing(fontMetrics().averageCharWidth() * 2);
+  addTool(*row, AreaTool::kRectangle, "tool.rectangle", tr("Rectangle"),
+          tr("Draw a rectangle from corner to corner (R)"));
+  addTool(*row, AreaTool::kEllipse, "tool.ellipse", tr("Ellipse"),
+          tr("Draw an ellipse from corner to corner of its box (E)"));
+  addTool(*row, AreaTool::kCircle, "tool.circle", tr("Circle"), tr("Draw a circle from its centre (C)"));
+  addTool(
+      *row, AreaTool::kPolygon, "tool.polygon", tr("Polygon"),
+      tr("Click vertex by vertex (P). A double click or Enter closes the polygon, Backspace takes a vertex "
+         "back, Escape gives up."));
+  row->addSpacing(fontMetrics().averageCharWidth() * 2);
+  remove_ = addCommand(*row, "area.delete", tr("Delete"), tr("Delete the selected area or vertex (Del)"),
+                       &ATrackerArrayInAxis::remove);
+  undo_ = addCommand(*row, "area.undo", tr("Undo"), tr("Take the last change back (Ctrl+Z)"),
+                     &ATrackerArrayInAxis::undo);
+  redo_ = addCommand(*row, "area.redo", tr("Redo"), tr("Make the change again (Ctrl+Shift+Z)"),
+                     &ATrackerArrayInAxis::redo);
+  row->addStretch();
+  auto* const group = new QButtonGroup(this);
+  for (const auto& [tool, button] : tools_) group->addButton(button);
+  connect(&trackers_, &ATrackerArrayInAxis::changed, this, &AreaToolBar::showState);
+  showState();
+}
+
+void AreaToolBar::addTool(QHBoxLayout& row, AreaTool tool, const char* name, const QString& text,
+                          const QString& toolTip) {
+  auto* const button = new QToolButton(this);
+  button->setObjectName(name);
+  button->setText(text);
+  button->setToolTip(toolTip);
+  button->setIcon(iconOf(tool, *this));
+  button->setIconSize(QSize(fontMetrics().height(), fontMetrics().height()));
+  button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  button->setCheckable(true);
+  button->setAutoRaise(true);
+  button->setFocusPolicy(Qt::TabFocus);
+  connect(button, &QToolButton::clicked, &trackers_, [this, tool] { trackers_.setTool(tool); });
+  row.addWidget(button);
+  tools_[tool] = button;
+}
+
+QToolButton* AreaToolBar::addCommand(QHBoxLayout& row, const char* name, const QString& text,
+                                     const QString& toolTip, void (ATrackerArrayInAxis::*command)()) {
+  auto* const button = new QToolButton(this);
+  button->setObjectName(name);
+  button->setText(text);
+  button->setToolTip(toolTip);
+  button->setAutoRaise(true);
+  button->setFocusPolicy(Qt::TabFocus);
+  connect(button, &QToolButton::clicked, &trackers_, command);
+  row.addWidget(button);
+  return button;
+}
+
+void AreaToolBar::showState() {
+  const AreaEditor& editor = trackers_.editor();
+  tools_.at(editor.tool())->setChecked(true);
+  remove_->setEnabled(editor.selected().has_value() && !editor.busy());
+  undo_->setEnabled(editor.canUndo() || editor.busy());
+  redo_->setEnabled(editor.canRedo() && !editor.busy());
+}
+
+}  // namespace lumo
