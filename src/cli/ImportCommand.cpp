@@ -2,13 +2,12 @@
 #include "cli/ImportCommand.h"
 
 #include <cstdio>
-#include <filesystem>
 
 #include "cli/BandTable.h"
 #include "cli/Console.h"
 #include "cli/Interrupt.h"
 #include "cli/TerminalProgress.h"
-#include "convert/UvfitsImporter.h"
+#include "convert/Importer.h"
 #include "core/TextForm.h"
 
 namespace lumo {
@@ -34,11 +33,20 @@ void print(const ImportReport& report) {
 }  // namespace
 
 void ImportCommand::declare(CLI::App& program) {
-  CLI::App* const command =
-      program.add_subcommand("import", "Convert UVFITS files to UVX, one file per source");
-  command->add_option("inputs", inputs_, "UVFITS files")->required();
+  CLI::App* const command = program.add_subcommand(
+      "import", "Convert UVFITS files and Measurement Sets to UVX, one file per source and set-up shape");
+  command->add_option("inputs", inputs_, "UVFITS files and Measurement Sets")->required();
   command->add_option("--out", options_.outFolder, "folder for the UVX files")->required();
-  command->add_option("--source", options_.source, "import this source only");
+  command->add_option("--source", options_.source, "import this source (field) only");
+  command->add_option("--column", options_.column,
+                      "Measurement Sets: column with the visibilities (data, corrected or a name; default: "
+                      "CORRECTED_DATA where there is one, else DATA)");
+  command
+      ->add_option(
+          "--average", options_.average,
+          "average every N channels, with their weights, into an IF with a uv point of its own (default: "
+          "IFs as they are; gridding puts all channels of an IF at its first channel's uv point)")
+      ->check(CLI::Range(1U, 1U << 20));
 }
 
 int ImportCommand::run() {
@@ -49,10 +57,7 @@ int ImportCommand::run() {
     {
       TerminalProgress progress;
       progress.setText("Import " + input);
-      status = std::filesystem::is_directory(input)
-                   ? Status(StatusCode::kUnsupported,
-                            "is a folder; Measurement Sets cannot be read yet, only UVFITS files", input)
-                   : importUvfits(input, options_, progress.indicators(interruptFlag()), report);
+      status = importVisibilities(input, options_, progress.indicators(interruptFlag()), report);
     }
     if (!status.ok()) {
       // One bad file does not keep the others from being imported; the exit status tells.

@@ -7,8 +7,11 @@
 
 #include "cli/Command.h"
 #include "cli/Console.h"
+#include "cli/FitCommand.h"
 #include "cli/ImportCommand.h"
 #include "cli/InfoCommand.h"
+#include "cli/MeasureCommand.h"
+#include "cli/PlotCommand.h"
 #include "cli/RunCommand.h"
 #include "cli/SimulateCommand.h"
 #include "core/Version.h"
@@ -36,6 +39,9 @@ int runProgram(int argc, char** argv) {
   commands.push_back(std::make_unique<ImportCommand>());
   commands.push_back(std::make_unique<InfoCommand>());
   commands.push_back(std::make_unique<RunCommand>());
+  commands.push_back(std::make_unique<MeasureCommand>());
+  commands.push_back(std::make_unique<FitCommand>());
+  commands.push_back(std::make_unique<PlotCommand>());
   for (const auto& command : commands) command->declare(program);
   try {
     program.parse(reversedArguments(argc, argv));

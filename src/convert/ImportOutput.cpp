@@ -35,15 +35,46 @@ bool contains(const std::vector<std::string>& paths, const std::string& path) {
   return std::find(paths.begin(), paths.end(), path) != paths.end();
 }
 
+/// The content of a file with the averages of `content`'s channels.
+void averageContent(const ChannelAverage& average, UvxContent& content) {
+  const std::uint32_t channels = content.shape.channels;
+  for (UvxSelection& selection : content.selections) {
+    std::vector<UvxSelection::Band> bands;
+    for (const UvxSelection::Band& band : selection.bands) {
+      std::vector<double> frequencies(channels);
+      for (std::uint32_t c = 0; c < channels; ++c) frequencies[c] = band.frequency + c * band.increment;
+      const auto averages = average.bands(frequencies, std::vector<double>(channels, band.increment));
+      bands.insert(bands.end(), averages.begin(), averages.end());
+    }
+    selection.bands = std::move(bands);
+  }
+  content.shape.ifs *= average.ifs();
+  content.shape.channels = 1;
+}
+
 }  // namespace
 
-Status ImportOutput::begin(const std::string& path, UvxContent content) {
+Status ImportOutput::begin(const std::string& path, UvxContent content, std::uint32_t average) {
   path_ = path;
+  added_ = content.shape;
+  average_.reset();
+  if (average > 0) {
+    average_.emplace(added_.channels, added_.products, average);
+    averageContent(*average_, content);
+    averaged_.resize(content.shape.visibilities());
+  }
   statistics_ = UvxStatistics(content.shape, content.selections);
   return writer_.begin(path, std::move(content));
 }
 
 Status ImportOutput::add(const UvxRecord& record, std::span<const AUVXComplex> visibilities) {
+  if (average_) {
+    const std::size_t from = std::size_t{added_.channels} * added_.products;
+    const std::size_t to = std::size_t{average_->ifs()} * added_.products;
+    for (std::size_t i = 0; i < added_.ifs; ++i)
+      average_->apply(visibilities.subspan(i * from, from), std::span(averaged_).subspan(i * to, to));
+    visibilities = averaged_;
+  }
   if (Status status = writer_.append(record, visibilities); !status.ok()) return status;
   statistics_.add(record, visibilities);
   return {};

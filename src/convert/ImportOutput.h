@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "convert/ChannelAverage.h"
 #include "convert/ImportReport.h"
 #include "core/Status.h"
 #include "io/AUVXComplex.h"
@@ -20,8 +22,9 @@ namespace lumo {
 /// begin(), add() record by record, finish(). Only finish() makes the file appear.
 class ImportOutput {
  public:
-  /// `content` must list every selection a record may name; finish() keeps those that came.
-  [[nodiscard]] Status begin(const std::string& path, UvxContent content);
+  /// `content` must list every selection a record may name; finish() keeps those that came. With `average`
+  /// (ImportOptions::average) above 0 the file gets averages of the channels that content and add() have.
+  [[nodiscard]] Status begin(const std::string& path, UvxContent content, std::uint32_t average = 0);
   /// Writes a record with its visibilities [IF][channel][product].
   [[nodiscard]] Status add(const UvxRecord& record, std::span<const AUVXComplex> visibilities);
   /// Adds a line to the file's history.
@@ -36,6 +39,9 @@ class ImportOutput {
   UvxWriter writer_;
   std::string path_;
   UvxStatistics statistics_;
+  UvxShape added_;  ///< what add() gets
+  std::optional<ChannelAverage> average_;
+  std::vector<AUVXComplex> averaged_;
 };
 
 /// Path of an output: folder, the input's name without its extension, "_" and `part` when that is not empty

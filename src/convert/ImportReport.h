@@ -15,6 +15,10 @@ struct ImportOptions {
   std::string outFolder;           ///< created when missing
   std::string source;              ///< name of the one source to import, empty for all
   std::vector<std::string> taken;  ///< paths that earlier imports of one command wrote: never written again
+  /// Column of a Measurement Set with the visibilities, "data" and "corrected" for the usual two; empty takes
+  /// CORRECTED_DATA where there is one, else DATA.
+  std::string column = {};
+  std::uint32_t average = 0;  ///< channels averaged into an IF of their own each; 0 leaves IFs as they are
 };
 
 struct ImportedFile {

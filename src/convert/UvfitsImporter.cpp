@@ -273,7 +273,7 @@ Status UvfitsImport::open(const UvfitsSource& source, ImportOutput& output) {
       outputPath(input_, sources_.size() > 1 ? source.item.name : std::string(), options_, paths_, path);
   if (!status.ok()) return status;
   paths_.push_back(path);
-  return output.begin(path, std::move(content));
+  return output.begin(path, std::move(content), options_.average);
 }
 
 UvxRecord UvfitsImport::record(const UvfitsGroupHead& head, std::int8_t selection) {

@@ -18,7 +18,7 @@ using Words = std::vector<std::string>;
 /// A started lumo-cli, its output going to files.
 class Program {
  public:
-  Program(const TempFolder& folder, const Words& words)
+  Program(const TempFolder& folder, const Words& words, const char* program = LUMO_CLI)
       : out_(folder.file("stdout.txt")), err_(folder.file("stderr.txt")) {
     pid_ = ::fork();
     if (pid_ != 0) return;
@@ -26,10 +26,10 @@ class Program {
     const int err = ::open(err_.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
     ::dup2(out, STDOUT_FILENO);
     ::dup2(err, STDERR_FILENO);
-    std::vector<char*> arguments{const_cast<char*>(LUMO_CLI)};
+    std::vector<char*> arguments{const_cast<char*>(program)};
     for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
-    ::execv(LUMO_CLI, arguments.data());
+    ::execv(program, arguments.data());
     ::_exit(127);
   }
   void interrupt() const { ::kill(pid_, SIGINT); }

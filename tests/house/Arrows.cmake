@@ -1,7 +1,7 @@
 # cmake -DROOT=<tree> -P Arrows.cmake: fails when an #include in src/ goes against cmake/Arrows.cmake.
 #
 # A room may include itself and the rooms of its arrow. src/<room>/ui may also include view; a ui folder is seen
-# only by itself and by app. Qt is seen only by view, app and the ui folders.
+# only by itself and by the front ends (LUMO_FRONT_ENDS). Qt is seen only by view, front ends and the ui folders.
 cmake_minimum_required(VERSION 3.25)
 include(${ROOT}/cmake/Arrows.cmake)
 set(failures "")
@@ -37,17 +37,17 @@ foreach(file IN LISTS files)
     if(target IN_LIST LUMO_ROOMS AND included MATCHES "/")
       if(NOT target IN_LIST seen)
         refuse(${file} "includes ${included}, but there is no arrow from ${room} to ${target}")
-      elseif(included MATCHES "^[^/]+/ui/" AND NOT room STREQUAL "app"
+      elseif(included MATCHES "^[^/]+/ui/" AND NOT room IN_LIST LUMO_FRONT_ENDS
              AND NOT (isUi AND target STREQUAL room))
-        refuse(${file} "includes ${included}, but a ui folder is seen only by itself and by app")
+        refuse(${file} "includes ${included}, but a ui folder is seen only by itself and by front ends")
       elseif(NOT EXISTS ${ROOT}/src/${included})
         refuse(${file} "includes ${included}, which does not exist")
       endif()
     elseif(mark STREQUAL "\"")
       refuse(${file} "includes \"${included}\", which is not of the form \"room/File.h\"")
     elseif(included MATCHES "^(Q[A-Z]|Qt|qcustomplot)" AND NOT isUi AND NOT room STREQUAL "view"
-           AND NOT room STREQUAL "app")
-      refuse(${file} "includes <${included}>, but only view, app and ui folders see Qt")
+           AND NOT room IN_LIST LUMO_FRONT_ENDS)
+      refuse(${file} "includes <${included}>, but only view, front ends and ui folders see Qt")
     endif()
   endforeach()
 endforeach()

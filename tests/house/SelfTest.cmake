@@ -8,7 +8,7 @@ function(goodTree)
   file(REMOVE_RECURSE ${TREE})
   file(WRITE ${TREE}/cmake/Arrows.cmake
       "set(LUMO_ROOMS core io view app)\nset(LUMO_ARROWS_core)\nset(LUMO_ARROWS_io core)\n"
-      "set(LUMO_ARROWS_view core)\nset(LUMO_ARROWS_app core io view)\n")
+      "set(LUMO_ARROWS_view core)\nset(LUMO_ARROWS_app core io view)\nset(LUMO_FRONT_ENDS app)\n")
   file(WRITE ${TREE}/CMakeLists.txt "add_subdirectory(src)\nadd_subdirectory(tests)\n")
   file(WRITE ${TREE}/src/CMakeLists.txt "foreach(room core io view app)\nendforeach()\n")
   file(WRITE ${TREE}/src/core/CMakeLists.txt "lumo_room(core SOURCES A.cpp)  # Gone.cpp\n")
@@ -65,8 +65,8 @@ expectOn(Arrows src/io/B.cpp "${spdx}#include \"core/Z.h\"\n" "core/Z.h, which d
 expectOn(Arrows src/io/B.cpp "${spdx}#include \"B.h\"\n" "not of the form")
 expectOn(Arrows src/io/B.cpp "${spdx}#include \"../core/A.h\"\n" "not of the form")
 expectOn(Arrows src/io/B.cpp "${spdx}#include \"io/ui/BDlg.h\"\n" "a ui folder is seen only by itself")
-expectOn(Arrows src/io/B.cpp "${spdx}#include <QString>\n" "only view, app and ui folders see Qt")
-expectOn(Arrows src/core/A.h "${spdx}#include <QtCore/QString>\n" "only view, app and ui folders see Qt")
+expectOn(Arrows src/io/B.cpp "${spdx}#include <QString>\n" "only view, front ends and ui folders see Qt")
+expectOn(Arrows src/core/A.h "${spdx}#include <QtCore/QString>\n" "only view, front ends and ui folders see Qt")
 expectOn(Arrows src/attic/C.cpp "${spdx}" "'attic' is not a room")
 
 expectOn(Orphans src/core/C.cpp "${spdx}" "src/core/C.cpp: no target builds it")

@@ -1,0 +1,20 @@
+# Makes the targets Casacore::tables (tables and measures) and Casacore::ms (Measurement Sets, for the tests), if
+# casacore is installed. Its pkg-config file names every library that it has.
+find_path(CASACORE_INCLUDE_DIR casacore/tables/Tables/Table.h)
+mark_as_advanced(CASACORE_INCLUDE_DIR)
+set(found ${CASACORE_INCLUDE_DIR})
+foreach(part casa tables measures ms)
+  find_library(CASACORE_${part}_LIBRARY casa_${part})
+  mark_as_advanced(CASACORE_${part}_LIBRARY)
+  if(NOT CASACORE_${part}_LIBRARY)
+    set(found FALSE)
+  endif()
+endforeach()
+if(found)
+  add_library(Casacore::tables INTERFACE IMPORTED)
+  target_include_directories(Casacore::tables SYSTEM INTERFACE ${CASACORE_INCLUDE_DIR})
+  target_link_libraries(Casacore::tables INTERFACE ${CASACORE_measures_LIBRARY} ${CASACORE_tables_LIBRARY}
+      ${CASACORE_casa_LIBRARY})
+  add_library(Casacore::ms INTERFACE IMPORTED)
+  target_link_libraries(Casacore::ms INTERFACE ${CASACORE_ms_LIBRARY} Casacore::tables)
+endif()
