@@ -41,7 +41,8 @@ CLumoDlg::CLumoDlg(Prompts& prompts, Log& log, const std::string& storeFolder, Q
       log_(log),
       list_(this),
       controls_(*this, list_),
-      store_(storeFolder) {
+      store_(storeFolder),
+      viewers_(prompts, log) {
   setWindowTitle("Lumo");
   setWindowIcon(appIcon());
   connectControls();
@@ -72,7 +73,11 @@ void CLumoDlg::connectControls() {
   on(controls_.browse, &CLumoDlg::browseForFolder);
   on(controls_.center, &CLumoDlg::centerReference);
   on(controls_.makePar, &CLumoDlg::editImagingParameters);
+  on(controls_.uvPlane, &CLumoDlg::showUvPlane);
   on(controls_.run, &CLumoDlg::runOrCancel);
+  on(controls_.graph, &CLumoDlg::showGraph);
+  on(controls_.table, &CLumoDlg::showTable);
+  on(controls_.mapAndAreas, &CLumoDlg::showMapSelector);
   on(controls_.close, &CLumoDlg::reject);
   connect(controls_.about, &QAction::triggered, this, &CLumoDlg::showAbout);
   connect(controls_.showLog, &QAction::triggered, this, &CLumoDlg::showLog);
@@ -165,6 +170,19 @@ void CLumoDlg::editImagingParameters() {
   AMakeParDlg sheet(this);
   sheet.SetParameters(list_.imaging());
   if (sheet.exec() == QDialog::Accepted) list_.imaging() = sheet.parameters();
+}
+
+void CLumoDlg::showUvPlane() {
+  viewers_.showUvPlane(list_, *this);
+}
+
+void CLumoDlg::showResults(int asGraph) {
+  parameters_.prefix = controls_.texts().prefix;
+  viewers_.showResults(asGraph, parameters_, list_.frequencies(), *this);
+}
+
+void CLumoDlg::showMapSelector() {
+  viewers_.showMapSelector(parameters_.folder, *this);
 }
 
 void CLumoDlg::showAbout() {

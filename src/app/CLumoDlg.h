@@ -7,6 +7,7 @@
 #include <string>
 
 #include "app/MainControls.h"
+#include "app/ResultViewers.h"
 #include "clean/ui/MainWindowLink.h"
 #include "core/Log.h"
 #include "core/Progress.h"
@@ -41,6 +42,8 @@ class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink
 
   [[nodiscard]] const UvxFileList& files() const { return list_; }
   [[nodiscard]] const RunParameters& parameters() const { return parameters_; }
+  /// What was last confirmed in the area dialog.
+  [[nodiscard]] const AreaSettings& areaSettings() const { return viewers_.settings(); }
   /// What the last run reported.
   [[nodiscard]] const RunReport& lastReport() const { return report_; }
 
@@ -73,6 +76,12 @@ class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink
   void browseForFolder();
   void centerReference();
   void editImagingParameters();
+  void showUvPlane();
+  /// The spectra of areas of the products under the prefix now shown: `asGraph` 0 as a table.
+  void showResults(int asGraph);
+  void showGraph() { showResults(1); }
+  void showTable() { showResults(0); }
+  void showMapSelector();
   void runOrCancel();
   void showAbout();
   void showLog();
@@ -97,6 +106,7 @@ class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink
   ParameterStore store_;
   RunParameters parameters_;
   RunReport report_;
+  ResultViewers viewers_;
   CancelFlag cancel_{0};
   bool running_ = false;
   QElapsedTimer sinceStart_;

@@ -67,6 +67,7 @@ void CLumoDlg::runStages() {
       log_.add("Warning: " + warning);
   };
   company.priority = GetPriorityConst(controls_.priority->currentIndex());
+  company.discardAreas = [this] { viewers_.discardAreas(); };
   report_ = RunDriver(company).Run(parameters_, list_);
 }
 

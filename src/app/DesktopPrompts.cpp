@@ -28,6 +28,16 @@ QStringList DesktopPrompts::chooseFiles(QWidget* parent, const QString& folder) 
   return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
 }
 
+QStringList DesktopPrompts::chooseMaps(QWidget* parent, const QString& folder) {
+  // What is shown of a filter ends before its last parenthesis, which holds what it means.
+  QFileDialog dialog(parent, "Add maps", folder,
+                     "ZEL map file (*.exm,*.amap) (*.exm *.amap);;All files (*.*) (*)");
+  dialog.setOption(QFileDialog::HideNameFilterDetails);
+  dialog.setFileMode(QFileDialog::ExistingFiles);
+  dialog.setDefaultSuffix("exm");
+  return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles() : QStringList();
+}
+
 QString DesktopPrompts::chooseFolder(QWidget* parent, const QString& folder) {
   return QFileDialog::getExistingDirectory(parent, "Select work folder", folder);
 }

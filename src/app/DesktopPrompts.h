@@ -11,6 +11,7 @@ class DesktopPrompts : public Prompts {
   void showMessage(QWidget* parent, const QString& text) override;
   bool confirm(QWidget* parent, const QString& text) override;
   QStringList chooseFiles(QWidget* parent, const QString& folder) override;
+  QStringList chooseMaps(QWidget* parent, const QString& folder) override;
   QString chooseFolder(QWidget* parent, const QString& folder) override;
 };
 

@@ -32,7 +32,6 @@ constexpr const char* kPriorities[] = {"Idle", "Low", "Below", "Normal", "Above"
 constexpr int kLowPriority = 1;
 constexpr int kStartColumns = 96;  ///< width of the dialog at start, in characters
 constexpr int kSpareLines = 4;     ///< for the lists, above the least height
-constexpr const char* kNoViewer = "This version does not have this viewer yet.";
 
 template <typename Widget>
 Widget* named(Widget* widget, const char* name, const QString& tip) {
@@ -220,11 +219,11 @@ QWidget* MainControls::makeParameterGroup() {
 QBoxLayout* MainControls::makeActionRow() {
   makePar = button("makePar", "Make par...",
                    "Edits the imaging parameters: map size, weighting, kernel, taper", "Ctrl+M");
-  uvPlane = button("uvPlane", "UV-Plane...", kNoViewer);
+  uvPlane = button("uvPlane", "UV-Plane...", "Shows the uv coverage of the selected data", "Ctrl+U");
   run = button("run", "Run", "Images and cleans the selected data and writes the products", "Ctrl+R");
-  graph = button("graph", "Graph...", kNoViewer);
-  table = button("table", "Table...", kNoViewer);
-  mapAndAreas = button("mapAndAreas", "Map and areas...", kNoViewer);
+  graph = button("graph", "Graph...", "Marks areas on the restored map and draws their spectra", "Ctrl+G");
+  table = button("table", "Table...", "Marks areas on the restored map and lists their spectra", "Ctrl+E");
+  mapAndAreas = button("mapAndAreas", "Map and areas...", "Measures areas on maps of your choice", "Ctrl+Shift+M");
   invert = named(new QCheckBox("Invert"), "invert", "Dark sources on a light sky");
   invert->hide();
   QFont bold = run->font();
@@ -312,15 +311,15 @@ void MainControls::showSurvey(const FrequencySurvey& survey, bool hasFiles) {
 
 void MainControls::enable(bool hasFiles, bool isRunning) {
   const bool idle = !isRunning;
-  for (QWidget* const one :
-       std::initializer_list<QWidget*>{remove, info, makePar, reRead, center, field(RunField::kReference)})
+  for (QWidget* const one : std::initializer_list<QWidget*>{remove, info, makePar, uvPlane, reRead, center,
+                                                            field(RunField::kReference)})
     one->setEnabled(hasFiles && idle);
-  for (QWidget* const one : std::initializer_list<QWidget*>{files, add, browse, prefix, idTable, nonNegative,
-                                                            variableGain, priority})
+  for (QWidget* const one :
+       std::initializer_list<QWidget*>{files, add, browse, prefix, idTable, nonNegative, variableGain,
+                                       priority, graph, table, mapAndAreas})
     one->setEnabled(idle);
   for (QLineEdit* const one : fields)
     if (one != field(RunField::kReference)) one->setEnabled(idle);
-  for (QPushButton* const one : {uvPlane, graph, table, mapAndAreas}) one->setEnabled(false);
   about->setEnabled(idle);
   run->setEnabled(hasFiles || isRunning);
   const QKeySequence keys = run->shortcut();

@@ -4,16 +4,13 @@
 #include <QString>
 #include <QStringList>
 
-class QWidget;
+#include "analysis/ui/MapPrompts.h"
 
 namespace lumo {
 
 /// What the main dialog asks a person in windows of their own. Every call is modal above `parent`.
-class Prompts {
+class Prompts : public MapPrompts {
  public:
-  virtual ~Prompts() = default;
-  /// A message with one button.
-  virtual void showMessage(QWidget* parent, const QString& text) = 0;
   /// A question with Yes and No.
   virtual bool confirm(QWidget* parent, const QString& text) = 0;
   /// Visibility files that are there, none when the choice was given up. `folder` is where to begin.

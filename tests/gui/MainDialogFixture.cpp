@@ -49,6 +49,10 @@ QStringList ScriptedPrompts::chooseFiles(QWidget* /*parent*/, const QString& /*f
   return files;
 }
 
+QStringList ScriptedPrompts::chooseMaps(QWidget* /*parent*/, const QString& /*folder*/) {
+  return maps;
+}
+
 QString ScriptedPrompts::chooseFolder(QWidget* /*parent*/, const QString& /*folder*/) {
   return folder;
 }

@@ -27,9 +27,11 @@ class ScriptedPrompts : public Prompts {
   void showMessage(QWidget* parent, const QString& text) override;
   bool confirm(QWidget* parent, const QString& text) override;
   QStringList chooseFiles(QWidget* parent, const QString& folder) override;
+  QStringList chooseMaps(QWidget* parent, const QString& folder) override;
   QString chooseFolder(QWidget* parent, const QString& folder) override;
 
   QStringList files;           ///< what is chosen
+  QStringList maps;            ///< what is chosen
   QString folder;              ///< what is chosen
   bool agrees = true;          ///< to questions
   bool isOutOfMemory = false;  ///< throws instead of choosing files

@@ -1,0 +1,345 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QLabel>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QPushButton>
+#include <QWheelEvent>
+#include <filesystem>
+
+#include "convert/UvfitsImporter.h"
+#include "gui/GuiScript.h"
+#include "gui/MainDialogFixture.h"
+#include "imaging/ui/AUVPGraph.h"
+#include "imaging/ui/AUVPLaneWnd.h"
+#include "imaging/ui/LumoUVPlaneDlg.h"
+#include "imaging/ui/UvPlanePicture.h"
+#include "io/UvxWriter.h"
+#include "run/UvPlaneSelection.h"
+#include "support/RealData.h"
+#include "view/APrintOut.h"
+
+namespace lumo {
+namespace {
+
+constexpr QRgb kBackground = 0xffe8eaed;
+
+/// Lets the event loop turn until a condition holds.
+template <typename Condition>
+void waitUntil(Condition condition) {
+  QElapsedTimer since;
+  since.start();
+  while (!condition()) {
+    ASSERT_LT(since.elapsed(), 30000) << "the condition did not come about";
+    QApplication::processEvents(QEventLoop::AllEvents, 5);
+  }
+}
+
+class UvPlaneTest : public test::MainDialogTest {
+ protected:
+  /// Writes a file of one frequency, `channels` of it at the same frequency, with these u and v in
+  /// wavelengths.
+  std::string writePoints(const std::vector<UvPoint>& points, std::uint32_t channels = 1) {
+    UvxContent content;
+    content.shape = {1, channels, 1};
+    content.unit = "JY";
+    content.sources = {{1, "0716+714", UvxFrame::kIcrs, 110.472702, 71.343434, 2000.0}};
+    content.products = {1};
+    content.selections = {{1, {{kFrequency, 0.0}}}};
+    const std::string path = data_.file("points" + std::to_string(++written_) + ".uvx");
+    const std::vector<AUVXComplex> values(channels, AUVXComplex(1, 0, 1));
+    UvxWriter writer;
+    EXPECT_TRUE(writer.begin(path, content).ok());
+    UvxRecord record;
+    record.freqSel = 1;
+    record.source = 1;
+    for (const UvPoint& point : points) {
+      // The picture has u and v with their signs turned.
+      record.u = static_cast<float>(-point.u / kFrequency);
+      record.v = static_cast<float>(-point.v / kFrequency);
+      EXPECT_TRUE(writer.append(record, values).ok());
+    }
+    EXPECT_TRUE(writer.finish().ok());
+    return path;
+  }
+
+  void list(const std::vector<std::string>& paths) {
+    for (const Status& status : list_.AddFiles(paths)) ADD_FAILURE() << status.text();
+  }
+
+  LumoUVPlaneDlg& openPlane() {
+    const UvPlaneData data = uvPlaneSelection(list_);
+    plane_ = std::make_unique<LumoUVPlaneDlg>();
+    plane_->SetData(data.names, data.tables, data.selections, data.sources, data.minHz, data.maxHz,
+                    data.uExtent, data.vExtent);
+    plane_->setImagerFolder(work_.path());
+    plane_->show();
+    return *plane_;
+  }
+
+  const AUVPGraph& graph() const {
+    return dynamic_cast<const AUVPGraph&>(*plane_->plot().axis()->graphs().front());
+  }
+
+  /// Waits until the picture shown is complete and of what the window shows now.
+  void settle() {
+    QApplication::processEvents();
+    (void)plane_->grab();  // lays out and asks for the picture
+    waitUntil([this] {
+      const UvPicture picture = graph().progress();
+      return picture.complete && graph().isShown();
+    });
+    QApplication::processEvents();
+  }
+
+  /// What the dialog looks like in the panel between the axes.
+  QImage panel() {
+    const AUVPLaneWnd& plot = plane_->plot();
+    return plane_->grab().toImage().copy(plot.panelRect().translated(plot.pos()));
+  }
+
+  /// Pixel of a position of the uv plane in the panel.
+  QPoint pixelOf(double u, double v) const {
+    const PlotPoint at = plane_->plot().view().toPixel({u, v});
+    return {qRound(at.x), qRound(at.y)};
+  }
+
+  static constexpr double kFrequency = 1e9;
+  UvxFileList list_;
+  std::unique_ptr<LumoUVPlaneDlg> plane_;
+  int written_ = 0;
+};
+
+/// True when the middle, the four arms up to 8 pixels away and nothing between them is marked.
+bool isCross(const QImage& image, QPoint at) {
+  const auto marked = [&](int dx, int dy) { return image.pixel(at.x() + dx, at.y() + dy) != kBackground; };
+  for (int i = -8; i <= 8; ++i)
+    if (!marked(i, 0) || !marked(0, i)) return false;
+  return !marked(10, 0) && !marked(-10, 0) && !marked(0, 10) && !marked(0, -10) && !marked(4, 4) &&
+         !marked(-4, 4) && !marked(4, -4) && !marked(-4, -4);
+}
+
+TEST_F(UvPlaneTest, CrossesStandAtEveryPointAndItsMirror) {
+  list({writePoints({{1e6, 4e5}, {-3e5, 8e5}})});
+  openPlane();
+  settle();
+  EXPECT_EQ(plane_->windowTitle(), "UV-Plane");
+  const QImage image = panel();
+  for (const UvPoint point : {UvPoint{1e6, 4e5}, {-3e5, 8e5}}) {
+    EXPECT_TRUE(isCross(image, pixelOf(point.u, point.v))) << point.u;
+    EXPECT_TRUE(isCross(image, pixelOf(-point.u, -point.v))) << point.u;
+    // Not turned about one axis alone.
+    EXPECT_FALSE(isCross(image, pixelOf(-point.u, point.v)));
+  }
+  EXPECT_LT(pixelOf(1e6, 0).x(), pixelOf(-1e6, 0).x());  // u grows to the left ...
+  EXPECT_LT(pixelOf(0, 1e6).y(), pixelOf(0, -1e6).y());  // ... and v upwards
+  test::savePicture(*plane_, "uvplane-few");
+}
+
+TEST_F(UvPlaneTest, AxesAreCalledUAndVAndHoldASquareFivePerCentLargerThanTheLargerExtent) {
+  list({writePoints({{1e6, 4e5}})});
+  openPlane();
+  settle();
+  const A2_3DAxis& axis = *plane_->plot().axis();
+  EXPECT_EQ(axis.nameOX(), "U");
+  EXPECT_EQ(axis.nameOY(), "V");
+  EXPECT_EQ(axis.nameOZ(), "");
+  const PlotRect extent = axis.extent();
+  EXPECT_NEAR(extent.xMax, 1.05e6, 1.0);  // u is stored in single precision
+  EXPECT_EQ(extent.xMin, -extent.xMax);
+  EXPECT_EQ(extent.yMin, -extent.xMax);
+  EXPECT_EQ(extent.yMax, extent.xMax);
+}
+
+TEST_F(UvPlaneTest, ButtonsAreThoseOfTheDialogAndCloseIsTheDefault) {
+  list({writePoints({{1e6, 4e5}})});
+  openPlane();
+  EXPECT_EQ(plane_->findChild<QPushButton*>("print")->text(), "Print...");
+  EXPECT_EQ(plane_->findChild<QPushButton*>("transmit")->text(), "Transmit to ZEL Imager");
+  EXPECT_EQ(plane_->findChild<QPushButton*>("close")->text(), "Close");
+  EXPECT_TRUE(plane_->findChild<QPushButton*>("close")->isDefault());
+  plane_->findChild<QPushButton*>("close")->click();
+  EXPECT_FALSE(plane_->isVisible());
+}
+
+TEST_F(UvPlaneTest, ZoomedInTheCrossesStandWhereTheyBelongMirrorsToo) {
+  // The mirror of the second lies beside the first; it has no point of its own in the part shown.
+  list({writePoints({{6.00e5, 4.00e5}, {-6.02e5, -4.03e5}, {1e6, 1e6}})});
+  openPlane();
+  settle();
+  const PlotPoint about = plane_->plot().view().toPixel({6.01e5, 4.015e5});
+  const QPointF inWindow = QPointF(about.x, about.y) + plane_->plot().panelRect().topLeft();
+  QWidget* const target = plane_->plot().childAt(inWindow.toPoint());
+  for (int i = 0; i < 32; ++i) {
+    const QPointF local = target->mapFrom(&plane_->plot(), inWindow);
+    QWheelEvent wheel(local, target->mapToGlobal(local), QPoint(), QPoint(0, 120), Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(target, &wheel);
+  }
+  ASSERT_LT(plane_->plot().view().visible().width(), 0.1e5);
+  settle();
+  const QImage image = panel();
+  EXPECT_TRUE(isCross(image, pixelOf(6.00e5, 4.00e5)));
+  EXPECT_TRUE(isCross(image, pixelOf(6.02e5, 4.03e5)));
+}
+
+TEST_F(UvPlaneTest, NothingListedIsAnEmptyPlane) {
+  openPlane();
+  settle();
+  const QImage image = panel();
+  EXPECT_EQ(image.pixel(pixelOf(0.3, 0.3)), kBackground);
+  EXPECT_EQ(graph().progress().grid->crosses(), 0U);
+}
+
+TEST_F(UvPlaneTest, ReadOutTellsPlaceLengthAndAngle) {
+  const AUVPGraph coverage;
+  EXPECT_EQ(coverage.readOut(3e6, 4e6),
+            "U 3000 k\u03bb   V 4000 k\u03bb\nBaseline 5000 k\u03bb, position angle 36.87\u00b0");
+  // A baseline and its mirror have one angle.
+  EXPECT_NE(coverage.readOut(-3e6, -4e6).find("36.87"), std::string::npos);
+}
+
+TEST_F(UvPlaneTest, TransmitWritesTheSlotFileAndShowsNothing) {
+  list({writePoints({{1e6, 4e5}}), writePoints({{2e6, -1e6}})});
+  openPlane();
+  settle();
+  test::writeFile(work_.file("mfs_zel0.dat"), "waiting");
+  plane_->findChild<QPushButton*>("transmit")->click();
+  EXPECT_EQ(test::readFile(work_.file("mfs_zel1.dat")),
+            "1e+06\t2e+06\n0\t" + list_.inputs().names[0] + "\n0\t" + list_.inputs().names[1] + "\n");
+  EXPECT_EQ(plane_->lastHandOver().slot, 1);
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST_F(UvPlaneTest, PrintsThroughTheDialogOfThePrinter) {
+  list({writePoints({{1e6, 4e5}})});
+  openPlane();
+  settle();
+  const std::string pdf = work_.file("printed.pdf");
+  test::GuiScript script;
+  script.step([&pdf] {
+    auto* const dialog = test::modalWindow<QPrintDialog>();
+    if (dialog == nullptr) return false;
+    EXPECT_EQ(dialog->windowTitle(), "UV-Plane");
+    dialog->printer()->setOutputFormat(QPrinter::PdfFormat);
+    dialog->printer()->setOutputFileName(QString::fromStdString(pdf));
+    dialog->done(QDialog::Accepted);
+    return true;
+  });
+  plane_->findChild<QPushButton*>("print")->click();
+  EXPECT_EQ(test::readFile(pdf).substr(0, 5), "%PDF-");
+  EXPECT_NE(test::readFile(pdf).find("/Type /Page\n"), std::string::npos);
+}
+
+TEST_F(UvPlaneTest, APrintOutIsAPageWithAPictureInIt) {
+  list({writePoints({{1e6, 4e5}, {-3e5, 8e5}})});
+  openPlane();
+  settle();
+  const std::string pdf = work_.file("printed.pdf");
+  ASSERT_TRUE(APrintOut("UV-Plane", plane_->plot()).printToPdf(pdf).ok());
+  const std::string text = test::readFile(pdf);
+  EXPECT_NE(text.find("/Type /Page\n"), std::string::npos);
+  EXPECT_NE(text.find("/Subtype /Image"), std::string::npos) << "the plot goes by way of a bitmap";
+}
+
+TEST_F(UvPlaneTest, APictureThatIsKeptIsCompleteWhileTheScreenIsNot) {
+  std::vector<UvPoint> points;
+  for (int i = 0; i < 200000; ++i) points.push_back({3.0 * i, 2.0 * i});
+  points.push_back({-3e5, 3.5e5});
+  list({writePoints(points, 16)});
+  openPlane();
+  (void)plane_->grab();
+  const bool wasReading = !graph().progress().complete;
+  const QImage kept = plane_->plot().picture(1.0);
+  EXPECT_TRUE(wasReading);
+  EXPECT_TRUE(graph().keptStatus().ok());
+  // The file's last group and its mirror.
+  const QWidget* const drawing = plane_->plot().childAt(plane_->plot().panelRect().center());
+  const QPoint corner = plane_->plot().panelRect().topLeft() - drawing->pos();
+  EXPECT_NE(kept.pixel(pixelOf(-3e5, 3.5e5) + corner), kBackground);
+  EXPECT_NE(kept.pixel(pixelOf(3e5, -3.5e5) + corner), kBackground);
+  EXPECT_EQ(kept.pixel(pixelOf(3e5, 3.5e5) + corner), kBackground);
+}
+
+TEST_F(UvPlaneTest, ClosingWhileTenMillionPointsAreStillBeingReadReturnsAtOnce) {
+  std::vector<UvPoint> points;
+  for (int i = 0; i < 625000; ++i) points.push_back({1.0 * i, 0.5 * i});
+  list({writePoints(points, 16)});
+  openPlane();
+  (void)plane_->grab();
+  waitUntil([this] { return graph().progress().grid != nullptr || graph().progress().share > 0; });
+  const bool wasReading = !graph().progress().complete;
+  QElapsedTimer since;
+  since.start();
+  plane_->findChild<QPushButton*>("close")->click();
+  plane_.reset();
+  EXPECT_LT(since.elapsed(), 200);
+  EXPECT_TRUE(wasReading);
+}
+
+TEST_F(UvPlaneTest, WritesPicturesWithoutAWindow) {
+  list({writePoints({{1e6, 4e5}})});
+  for (const char* name : {"uv.png", "uv.pdf", "uv.svg"}) {
+    const Status status = drawUvPlane(uvPlaneSelection(list_), work_.file(name));
+    EXPECT_TRUE(status.ok()) << status.text();
+    EXPECT_GT(std::filesystem::file_size(work_.file(name)), 1000U);
+  }
+  UvPlaneData data = uvPlaneSelection(list_);
+  data.names[0] = work_.file("gone.uvx");
+  EXPECT_EQ(drawUvPlane(data, work_.file("none.png")).code(), StatusCode::kNotFound);
+}
+
+TEST_F(UvPlaneTest, EveryRealObservationIsDrawn) {
+  LUMO_NEEDS_REAL_DATA();
+  int drawn = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(test::realDataFolder())) {
+    const QString extension = QString::fromStdString(entry.path().extension().string()).toLower();
+    if (extension != ".uvf" && extension != ".uvfits" && extension != ".fits") continue;
+    ImportReport report;
+    const Status imported = importUvfits(entry.path().string(), {data_.file("real"), {}, {}}, {}, report);
+    ASSERT_TRUE(imported.ok()) << imported.text();
+    for (const ImportedFile& file : report.files) {
+      UvxFileList one;
+      ASSERT_EQ(one.AddFile(file.path), 1) << one.status().text();
+      const std::string picture = work_.file(std::to_string(++drawn) + ".png");
+      ASSERT_TRUE(drawUvPlane(uvPlaneSelection(one), picture).ok());
+      // Something is drawn, and the plane is the same when it is turned by half a turn: look at its middle.
+      const QImage image(QString::fromStdString(picture));
+      int marked = 0;
+      for (int y = image.height() / 4; y < image.height() * 3 / 4; ++y)
+        for (int x = image.width() / 4; x < image.width() * 3 / 4; ++x)
+          marked += image.pixel(x, y) != kBackground ? 1 : 0;
+      EXPECT_GT(marked, 50) << file.path;
+    }
+  }
+  EXPECT_GE(drawn, 10);
+}
+
+TEST_F(UvPlaneTest, TheFiveBandsOf3C111FillThePlane) {
+  LUMO_NEEDS_REAL_DATA();
+  std::vector<std::string> paths;
+  for (const char* band : {"C", "X", "U", "Q", "W"}) {
+    const std::string name = std::string("vlba-3c111-2014/3C111_") + band + "_2014_05_08.uvf";
+    ImportReport report;
+    ASSERT_TRUE(importUvfits(test::realDataFolder() + name, {data_.path(), {}, {}}, {}, report).ok());
+    paths.push_back(report.files.at(0).path);
+  }
+  list(paths);
+  openPlane();
+  plane_->resize(760, 680);
+  settle();
+  // The longest baselines are 1099 million wavelengths long; nothing lies beyond.
+  EXPECT_GT(graph().extent().xMax, 0.8e9);
+  EXPECT_LT(graph().extent().xMax, 1.3e9);
+  test::savePicture(*plane_, "uvplane");
+  plane_->plot().zoom(6.0);
+  settle();
+  test::savePicture(*plane_, "uvplane-zoomed");
+}
+
+}  // namespace
+}  // namespace lumo
