@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 
 #include "analysis/AnalysisSample.h"
@@ -156,9 +157,19 @@ TEST_F(MapSelectorDialogTest, TableHasARowForEachMapWithItsSumAndDeviation) {
   clickOn(button("mapTable"));
 }
 
+TEST_F(MapSelectorDialogTest, PathsAreShownAsTheyWereGiven) {
+  threeBands();
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.path());
+  add({"4000.exm", "./5000.exm", "8000.exm"});
+  std::filesystem::current_path(before);
+  savePicture(*dialog_, "map-selector");
+  ASSERT_EQ(list().count(), 3);
+  EXPECT_EQ(list().item(1)->text(), "./5000.exm");
+}
+
 TEST_F(MapSelectorDialogTest, GraphFitsAPowerLawAndLeavesTheDiagnosticFile) {
   add(threeBands());
-  savePicture(*dialog_, "map-selector");
   GuiScript script;
   script.step([] {
     auto* const dialog = modalWindow<AResizeMultiAxisDlg>();
