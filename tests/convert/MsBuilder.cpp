@@ -203,3 +203,9 @@ void MsBuilder::write(const std::string& path) const {
 }
 
 }  // namespace lumo::test
+
+/// casacore loses what it has opened when it throws on a table that is damaged; the address sanitizer calls
+/// this for the leaks that are known.
+extern "C" const char* __lsan_default_suppressions() {
+  return "leak:libcasa_casa\nleak:libcasa_tables\n";
+}
