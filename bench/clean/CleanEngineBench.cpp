@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <benchmark/benchmark.h>
 
-#include <atomic>
+#include <algorithm>
 #include <chrono>
-#include <cmath>
+#include <cstdlib>
 #include <cstring>
-#include <map>
+#include <limits>
 #include <memory>
+#include <numeric>
 #include <utility>
 #include <vector>
 
 #include "CleanSky.h"
+#include "TurnTaker.h"
 #include "clean/BeamMatrix.h"
 #include "clean/CleanTileKernel.h"
 #include "clean/PlainCleanEngine.h"
@@ -41,64 +43,12 @@ void copyInto(const std::vector<AMatrix<float>>& from, APtrArray<AMatrix<float>*
   for (const AMatrix<float>& map : from) to.InsertAt(to.count(), new AMatrix<float>(map));
 }
 
-/// Splits the time of a run into preparation and iterations.
-class Stopwatch : public CleanObserver {
- public:
-  void iterationDone(const CleanProgress& progress) override {
-    if (progress.iteration == 1) first_ = Clock::now();
-  }
-  [[nodiscard]] Clock::time_point first() const { return first_; }
-
- private:
-  Clock::time_point first_;
-};
-
-struct Outcome {
-  double prepared = 0.0;      ///< seconds up to the end of the first iteration
-  double perIteration = 0.0;  ///< seconds, from the second on
-  double searched = 1.0;      ///< part of the pixels that an iteration searched
-  std::vector<AMatrix<float>> residuals;
-};
-
-template <typename Engine, typename... More>
-Outcome clean(const bench::CleanSky& sky, std::int32_t iterations, bool nonNegative, const More&... more) {
-  APtrArray<AMatrix<float>*> residuals;
-  APtrArray<AMatrix<float>*> beams;
-  copyInto(sky.maps, residuals);
-  copyInto(sky.beams, beams);
-  CleanParameters parameters;
-  parameters.iterations = iterations;
-  parameters.gain = 0.1;
-  parameters.nonNegative = nonNegative;
-  const std::atomic<int> stop{0};
-  Stopwatch watch;
-  Outcome outcome;
-  const Clock::time_point start = Clock::now();
-  Engine engine(residuals, beams, parameters, more...);
-  static_cast<void>(engine.Run(stop, &watch));
-  outcome.perIteration = secondsSince(watch.first()) / (iterations - 1);
-  outcome.prepared = std::chrono::duration<double>(watch.first() - start).count();
-  if constexpr (std::is_same_v<Engine, TiledCleanEngine>)
-    outcome.searched = static_cast<double>(engine.pixelsSearched()) /
-                       (static_cast<double>(iterations) * static_cast<double>(sky.maps[0].size()));
-  for (const AMatrix<float>* map : residuals) outcome.residuals.push_back(*map);
-  return outcome;
-}
-
-bool sameMaps(const std::vector<AMatrix<float>>& a, const std::vector<AMatrix<float>>& b) {
-  for (std::size_t k = 0; k < a.size(); ++k)
-    if (std::memcmp(a[k].data(), b[k].data(), a[k].size() * sizeof(float)) != 0) return false;
-  return a.size() == b.size();
-}
-
 /// Seconds per pixel and N^2 of the tile kernel alone, on one tile whose beams stay in the cache.
-double kernelSeconds(const bench::CleanSky& sky) {
+double kernelSeconds(const bench::CleanSky& sky, APtrArray<AMatrix<float>*>& beams) {
   constexpr std::uint32_t kRows = 8;
   constexpr std::uint32_t kColumns = 128;
   constexpr std::size_t kUpdates = 32;
   const auto terms = static_cast<std::int32_t>(sky.maps.size());
-  APtrArray<AMatrix<float>*> beams;
-  copyInto(sky.beams, beams);
   BeamMatrix matrix;
   matrix.prepare(beams, terms);
   CleanTileMaps maps;
@@ -128,48 +78,167 @@ double kernelSeconds(const bench::CleanSky& sky) {
   return best / (kRows * kColumns * static_cast<double>(kUpdates) * terms * terms);
 }
 
-/// Iterations of both engines on one sky, one after the other; the counters are ratios of their times.
-void BM_CleanEngine_Iteration(benchmark::State& state) {
-  const auto size = static_cast<std::uint32_t>(state.range(0));
-  const auto terms = static_cast<std::int32_t>(state.range(1));
-  CleanTiling tiling;
-  tiling.threads = static_cast<int>(state.range(2));
-  const bool nonNegative = state.range(3) != 0;
-  const bench::CleanSky& sky = skyOf(terms, size);
-  constexpr std::int32_t kIterations = 3000;
-  // Plain iterations cost the same from the first to the last; the maps are compared after as many.
-  const auto plainIterations =
-      static_cast<std::int32_t>(std::int64_t{200} * 1024 * 1024 / (std::int64_t{size} * size) / terms);
-  const double kernel = kernelSeconds(sky);
-  const double pixels = static_cast<double>(size) * size * terms * terms;
-  for (auto _ : state) {
-    const Outcome plain = clean<PlainCleanEngine>(sky, plainIterations, nonNegative);
-    if (!sameMaps(plain.residuals,
-                  clean<TiledCleanEngine>(sky, plainIterations, nonNegative, tiling).residuals)) {
-      state.SkipWithError("the engines differ");
-      break;
-    }
-    const Outcome fast = clean<TiledCleanEngine>(sky, kIterations, nonNegative, tiling);
-    state.SetIterationTime(fast.perIteration);
-    state.counters["ratio"] = plain.perIteration / fast.perIteration;
-    state.counters["plain_us"] = 1e6 * plain.perIteration;
-    state.counters["fast_us"] = 1e6 * fast.perIteration;
-    state.counters["prepare_ms"] = 1e3 * (fast.prepared - plain.prepared);
-    state.counters["searched"] = fast.searched;
-    // Of the rate that the tile kernel alone reaches in the cache.
-    state.counters["of_kernel"] = kernel * pixels / fast.perIteration / tiling.threads;
-    state.counters["ns/product"] = 1e9 * fast.perIteration / pixels;
+double median(std::vector<double> values) {
+  std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2),
+                   values.end());
+  return values[values.size() / 2];
+}
+
+/// What one engine took, slice by slice.
+struct Timing {
+  std::vector<double> perIteration;
+
+  [[nodiscard]] double mean() const {
+    return std::accumulate(perIteration.begin(), perIteration.end(), 0.0) /
+           static_cast<double>(perIteration.size());
   }
-  state.counters["side_lobe"] = sky.largestSideLobe;
+  /// Last third of the slices over the first.
+  [[nodiscard]] double lateOverEarly() const {
+    const auto third = static_cast<std::ptrdiff_t>(perIteration.size() / 3);
+    return median({perIteration.end() - third, perIteration.end()}) /
+           median({perIteration.begin(), perIteration.begin() + third});
+  }
+};
+
+constexpr std::int32_t kSlices = 12;
+constexpr std::int32_t kIterations = 3000;
+constexpr std::int32_t kSlice = kIterations / kSlices;
+
+/// One engine on a sky of its own, run in slices.
+template <typename Engine>
+struct Runner {
+  template <typename... More>
+  Runner(const bench::CleanSky& sky, const CleanParameters& parameters, const More&... more) {
+    copyInto(sky.maps, residuals);
+    copyInto(sky.beams, beams);
+    engine = std::make_unique<Engine>(residuals, beams, parameters, more...);
+    turns = std::make_unique<bench::TurnTaker>(*engine);
+  }
+  void run(std::int32_t iterations) {
+    const bench::TurnTaker::Seconds seconds = turns->slice(iterations);
+    wall.perIteration.push_back(seconds.wall);
+    thread.perIteration.push_back(seconds.thread);
+  }
+
+  APtrArray<AMatrix<float>*> residuals;
+  APtrArray<AMatrix<float>*> beams;
+  Timing wall;
+  Timing thread;
+  std::unique_ptr<Engine> engine;
+  std::unique_ptr<bench::TurnTaker> turns;  // last: it waits for the engine
+};
+
+CleanTiling tilingOf(int threads, CleanRounding rounding = CleanRounding::kEveryProduct) {
+  CleanTiling tiling;
+  tiling.threads = threads;
+  tiling.rounding = rounding;
+  return tiling;
+}
+
+/// Maps of as many iterations are compared; false when they differ.
+template <typename A, typename B>
+bool sameAfter(std::int32_t iterations, A& plain, B& fast) {
+  static_cast<void>(fast.turns->slice(iterations, [&] { fast.engine->settle(); }));
+  for (std::int32_t k = 0; k < plain.residuals.count(); ++k)
+    if (std::memcmp(plain.residuals[k]->data(), fast.residuals[k]->data(),
+                    plain.residuals[k]->size() * sizeof(float)) != 0)
+      return false;
+  return true;
+}
+
+/// The plain engine, the tiled one on one and on two threads, the one that rounds once, and the kernel take
+/// turns on one sky; counters are medians over the slices and their ratios. On one thread the processor's
+/// time counts, on two that on the wall, which means something on a quiet machine only.
+void takeTurns(benchmark::State& state, const bench::CleanSky& sky, bool nonNegative) {
+  const auto terms = static_cast<std::int32_t>(sky.maps.size());
+  const auto pixels = static_cast<double>(sky.maps[0].size());
+  CleanParameters parameters;
+  parameters.iterations = std::numeric_limits<std::int32_t>::max();
+  parameters.gain = 0.1;
+  parameters.nonNegative = nonNegative;
+  // A plain iteration costs the same from the first to the last, so fewer of them do.
+  const std::int32_t plainSlice = std::max(4, static_cast<std::int32_t>(2e7 / pixels / terms));
+
+  Runner<PlainCleanEngine> plain(sky, parameters);
+  Runner<TiledCleanEngine> one(sky, parameters, tilingOf(1));
+  Runner<TiledCleanEngine> two(sky, parameters, tilingOf(2));
+  Runner<TiledCleanEngine> merged(sky, parameters, tilingOf(1, CleanRounding::kOnce));
+  std::vector<double> kernels;
+  for (std::int32_t slice = 0; slice < kSlices; ++slice) {
+    plain.run(plainSlice);
+    if (slice == 0 && !(sameAfter(plainSlice, plain, one) && sameAfter(plainSlice, plain, two))) {
+      state.SkipWithError("the engines differ");
+      return;
+    }
+    kernels.push_back(kernelSeconds(sky, one.beams));
+    one.run(kSlice);
+    two.run(kSlice);
+    merged.run(kSlice);
+  }
+  // What the merging engine has put off is part of its cost.
+  double settled = 0.0;
+  static_cast<void>(merged.turns->slice(1, [&] {
+    const Clock::time_point start = Clock::now();
+    merged.engine->settle();
+    settled = secondsSince(start);
+  }));
+  const double mergedSeconds = merged.thread.mean() + settled / kIterations;
+  const double products = pixels * terms * terms;
+  const double seconds = median(one.thread.perIteration);
+  state.SetIterationTime(seconds);
+  state.counters["plain_us"] = 1e6 * median(plain.thread.perIteration);
+  state.counters["one_us"] = 1e6 * seconds;
+  state.counters["two_us"] = 1e6 * median(two.wall.perIteration);
+  state.counters["merged_us"] = 1e6 * mergedSeconds;
+  state.counters["ratio1"] = median(plain.thread.perIteration) / seconds;
+  state.counters["ratio2"] = median(plain.wall.perIteration) / median(two.wall.perIteration);
+  state.counters["merged_to_one"] = one.thread.mean() / mergedSeconds;
+  // Of the rate that the tile kernel alone reaches in the cache.
+  state.counters["of_kernel"] = median(kernels) * products / seconds;
+  state.counters["kernel_ns"] = 1e9 * median(kernels);
+  state.counters["late/early"] = one.thread.lateOverEarly();
+  state.counters["prepare_ms"] = 1e3 * (one.turns->prepared().thread - plain.turns->prepared().thread);
+  state.counters["searched"] =
+      static_cast<double>(one.engine->pixelsSearched()) / (one.engine->iterationsDone() * pixels);
+  // Of maps, components and beams.
+  const double held = sizeof(float) * (2.0 * terms * pixels + static_cast<double>(sky.beams.size()) *
+                                                                  static_cast<double>(sky.beams[0].size()));
+  state.counters["memory_%"] = 100.0 * static_cast<double>(one.engine->workingBytes()) / held;
+  state.counters["merged_memory_%"] = 100.0 * static_cast<double>(merged.engine->workingBytes()) / held;
+}
+
+void BM_CleanEngine_Iteration(benchmark::State& state) {
+  const bench::CleanSky& sky =
+      skyOf(static_cast<std::int32_t>(state.range(1)), static_cast<std::uint32_t>(state.range(0)));
+  for (auto _ : state) takeTurns(state, sky, state.range(2) != 0);
 }
 
 BENCHMARK(BM_CleanEngine_Iteration)
-    ->ArgNames({"size", "N", "threads", "nonNegative"})
-    ->ArgsProduct({{256, 512, 1024}, {1, 2, 3, 4}, {1, 2}, {0}})
-    ->ArgsProduct({{512, 1024}, {2}, {1, 2}, {1}})
+    ->ArgNames({"size", "N", "nonNegative"})
+    ->ArgsProduct({{256, 512, 1024}, {1, 2, 3, 4}, {0}})
+    ->ArgsProduct({{512, 1024}, {2}, {1}})
     ->UseManualTime()
     ->Iterations(1)
     ->Unit(benchmark::kMicrosecond);
+
+/// The same on the dirty maps and beams of a run: CLEAN_BENCH_FOLDER, with its separator, and
+/// CLEAN_BENCH_PREFIX tell which.
+void BM_CleanEngine_Files(benchmark::State& state) {
+  const char* const folder = std::getenv("CLEAN_BENCH_FOLDER");
+  const char* const prefix = std::getenv("CLEAN_BENCH_PREFIX");
+  if (folder == nullptr || prefix == nullptr) {
+    state.SkipWithError("CLEAN_BENCH_FOLDER and CLEAN_BENCH_PREFIX are not set");
+    return;
+  }
+  const bench::CleanSky sky(folder, prefix);
+  if (sky.maps.empty()) {
+    state.SkipWithError("there are no dirty maps with their beams");
+    return;
+  }
+  for (auto _ : state) takeTurns(state, sky, false);
+}
+
+BENCHMARK(BM_CleanEngine_Files)->UseManualTime()->Iterations(1)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 }  // namespace lumo

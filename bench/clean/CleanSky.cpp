@@ -8,6 +8,10 @@
 #include <complex>
 #include <numbers>
 #include <random>
+#include <utility>
+
+#include "io/MapProduct.h"
+#include "io/ProductNames.h"
 
 namespace lumo::bench {
 
@@ -161,6 +165,16 @@ CleanSky::CleanSky(std::int32_t terms, std::uint32_t size) {
         map(row, column) = wide(size / 2 + row, size / 2 + column);
     addSky(sky, beams, terms, k, map);
   }
+}
+
+CleanSky::CleanSky(const std::string& folder, const std::string& prefix) {
+  LoadedMap file;
+  for (std::int32_t k = 0; readMap(dirtyMapName(folder, prefix, k), file).ok(); ++k)
+    maps.push_back(std::move(*file.matrix));
+  for (std::int32_t m = 0; readMap(beamName(folder, prefix, m), file).ok(); ++m)
+    beams.push_back(std::move(*file.matrix));
+  if (beams.size() + 1 != 2 * maps.size()) maps.clear();
+  if (!maps.empty()) largestSideLobe = sideLobe(beams[0]);
 }
 
 }  // namespace lumo::bench

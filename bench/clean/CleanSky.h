@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "core/AMatrix.h"
@@ -17,6 +18,9 @@ struct CleanSky {
   /// 30 %. The sky is a jet of 40 components with spectra, 60 point sources spread over the map, and the
   /// noise of the visibilities, of which the dirty maps are the sum.
   CleanSky(std::int32_t terms, std::uint32_t size);
+  /// The dirty maps and beams that a run left as `prefix` in `folder`, which ends in its separator. Without
+  /// any map when there are none.
+  CleanSky(const std::string& folder, const std::string& prefix);
 
   std::vector<AMatrix<float>> maps;   ///< N
   std::vector<AMatrix<float>> beams;  ///< 2 N - 1

@@ -24,7 +24,8 @@ struct CleanStep {
 
 /// Joint CLEAN of the N dirty maps of a multi-frequency run. Engines differ in speed only: they give the same
 /// bits, because the loop below is shared and search() and subtract() are fixed to the order of every
-/// floating-point operation on a pixel. Maps and beams are single precision, all arithmetic is double.
+/// floating-point operation on a pixel; the one exception says so itself (CleanRounding::kOnce). Maps and
+/// beams are single precision, all arithmetic is double.
 ///
 ///     W, v, q := BeamMatrix;  C_j := 0;  F := 0
 ///     for n = 1 .. iterations
@@ -70,7 +71,8 @@ class ABCleanEngine {
   int Run(const std::atomic<int>& stop, CleanObserver* observer);
 
   /// Completes every subtraction that was put off. For the thread of Run(), between two iterations, which is
-  /// where the observer is called; costs up to some tens of plain iterations. Changes no result.
+  /// where the observer is called; costs up to some tens of plain iterations, with CleanRounding::kOnce some
+  /// hundreds. Changes no result but, with that, its last bits.
   virtual void settle() {}
 
   [[nodiscard]] const CleanParameters& parameters() const { return parameters_; }

@@ -133,13 +133,52 @@ void BeamNorm::form(const double* beamValues, double (&a)[kMax][kMax]) const {
     }
 }
 
-double BeamNorm::quickReach(const double* beamValues) const {
-  double a[kMax][kMax];
-  form(beamValues, a);
-  double sum = 0.0;
-  for (int i = 0; i < terms_; ++i)
-    for (int j = 0; j < terms_; ++j) sum += a[i][j] * a[i][j];
-  return kUp * std::sqrt(sum);
+void BeamNorm::quickFourths(const float* const* beams, std::size_t count, double* fourths) const {
+  switch (terms_) {
+    case 1:
+      return quickFourthsOf<1>(beams, count, fourths);
+    case 2:
+      return quickFourthsOf<2>(beams, count, fourths);
+    case 3:
+      return quickFourthsOf<3>(beams, count, fourths);
+    default:
+      return quickFourthsOf<4>(beams, count, fourths);
+  }
+}
+
+template <int kTerms>
+void BeamNorm::quickFourthsOf(const float* const* beams, std::size_t count, double* fourths) const {
+  // Offset by offset inside, so that the compiler makes vectors of them.
+  double values[2 * kTerms - 1][kMostQuick];
+  for (int m = 0; m < 2 * kTerms - 1; ++m)
+    for (std::size_t e = 0; e < count; ++e) values[m][e] = static_cast<double>(beams[m][e]);
+  double a[kTerms][kTerms][kMostQuick];  // G'B G, which is symmetric
+  for (int n = 0; n < kTerms; ++n) {
+    double column[kTerms][kMostQuick];  // of B G
+    for (int i = 0; i < kTerms; ++i) {
+      for (std::size_t e = 0; e < count; ++e) column[i][e] = values[i + n][e] * factor_[n][n];
+      for (int j = n + 1; j < kTerms; ++j)
+        for (std::size_t e = 0; e < count; ++e) column[i][e] += values[i + j][e] * factor_[j][n];
+    }
+    for (int l = 0; l <= n; ++l) {
+      for (std::size_t e = 0; e < count; ++e) a[l][n][e] = factor_[l][l] * column[l][e];
+      for (int i = l + 1; i < kTerms; ++i)
+        for (std::size_t e = 0; e < count; ++e) a[l][n][e] += factor_[i][l] * column[i][e];
+    }
+  }
+  std::fill_n(fourths, count, 0.0);
+  for (int l = 0; l < kTerms; ++l) {
+    for (int n = l; n < kTerms; ++n) {
+      double element[kMostQuick] = {};  // of the square
+      for (int k = 0; k < kTerms; ++k) {
+        const double* const left = a[std::min(l, k)][std::max(l, k)];
+        const double* const right = a[std::min(n, k)][std::max(n, k)];
+        for (std::size_t e = 0; e < count; ++e) element[e] += left[e] * right[e];
+      }
+      const double weight = (l == n ? 1.0 : 2.0) * kUp;
+      for (std::size_t e = 0; e < count; ++e) fourths[e] += weight * element[e] * element[e];
+    }
+  }
 }
 
 double BeamNorm::reach(const double* beamValues) const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "clean/BeamMatrix.h"
@@ -40,8 +41,11 @@ class BeamNorm {
   [[nodiscard]] double stepNorm(const double* increments) const;
   /// Upper bound of nu for the 2 N - 1 beam values of one offset, at most 2 % above it; 0 only for zeros.
   [[nodiscard]] double reach(const double* beamValues) const;
-  /// Quick upper bound of nu, at most sqrt(N) times it: the Frobenius norm of the matrix that reach() bounds.
-  [[nodiscard]] double quickReach(const double* beamValues) const;
+  /// Fourth powers of quick upper bounds of nu, for `count` <= kMostQuick offsets that follow each other: the
+  /// squared Frobenius norm of the square of the matrix whose radius nu is, at most N nu^4. May be 0 where
+  /// nu is below 1e-70.
+  /// @param beams the first of them in each of the 2 N - 1 beams.
+  void quickFourths(const float* const* beams, std::size_t count, double* fourths) const;
 
   [[nodiscard]] double relativeRounding() const { return relativeRounding_; }
   [[nodiscard]] double stepRounding() const { return stepRounding_; }
@@ -53,12 +57,15 @@ class BeamNorm {
   [[nodiscard]] double limit() const { return limit_; }
 
   static constexpr double kMaxCondition = 1e7;
+  static constexpr std::size_t kMostQuick = 32;
 
  private:
   static constexpr int kMax = 4;
   [[nodiscard]] bool factor(const AMatrix<double>& inverse);
   [[nodiscard]] bool measureInverse(const AMatrix<double>& inverse);
   [[nodiscard]] bool measureBeams(const APtrArray<AMatrix<float>*>& beams, const AMatrix<double>& inverse);
+  template <int kTerms>
+  void quickFourthsOf(const float* const* beams, std::size_t count, double* fourths) const;
   void form(const double* beamValues, double (&a)[kMax][kMax]) const;
 
   int terms_ = 0;

@@ -20,20 +20,20 @@ class BlockReach {
 
   double largest(std::size_t firstRow, std::size_t firstColumn) {
     const std::size_t rows = std::min<std::size_t>(beams_[0]->rows(), firstRow + BeamReach::kRowsPerEntry);
-    const std::size_t columns =
-        std::min<std::size_t>(beams_[0]->columns(), firstColumn + BeamReach::kColumnsPerEntry);
+    const std::size_t width = std::min(beams_[0]->columns() - firstColumn, BeamReach::kColumnsPerEntry);
     std::size_t count = 0;
-    std::size_t first = 0;
-    for (std::size_t row = firstRow; row < rows; ++row) {
-      for (std::size_t column = firstColumn; column < columns; ++column, ++count) {
-        offset_[count] = row * beams_[0]->columns() + column;
-        quick_[count] = norm_.quickReach(valuesAt(offset_[count]));
-        if (quick_[count] > quick_[first]) first = count;
-      }
+    for (std::size_t row = firstRow; row < rows; ++row, count += width) {
+      const std::size_t offset = row * beams_[0]->columns() + firstColumn;
+      const float* below[kMaxBeams];
+      for (std::int32_t m = 0; m < beams_.count(); ++m) below[m] = beams_[m]->data() + offset;
+      norm_.quickFourths(below, width, fourths_ + count);
+      for (std::size_t i = 0; i < width; ++i) offset_[count + i] = offset + i;
     }
+    const auto first = static_cast<std::size_t>(std::max_element(fourths_, fourths_ + count) - fourths_);
     double found = norm_.reach(valuesAt(offset_[first]));
     for (std::size_t i = 0; i < count; ++i)
-      if (quick_[i] > found && i != first) found = std::max(found, norm_.reach(valuesAt(offset_[i])));
+      if (fourths_[i] > found * found * found * found && i != first)
+        found = std::max(found, norm_.reach(valuesAt(offset_[i])));
     return found;
   }
 
@@ -44,12 +44,13 @@ class BlockReach {
     return values_;
   }
 
+  static_assert(BeamReach::kColumnsPerEntry <= BeamNorm::kMostQuick);
   static constexpr std::size_t kElements = BeamReach::kRowsPerEntry * BeamReach::kColumnsPerEntry;
   const APtrArray<AMatrix<float>*>& beams_;
   const BeamNorm& norm_;
   double values_[kMaxBeams] = {};
   std::size_t offset_[kElements] = {};
-  double quick_[kElements] = {};
+  double fourths_[kElements] = {};
 };
 
 /// Replaces every entry of a periodic line of blocks by the maximum over the blocks that `length` elements

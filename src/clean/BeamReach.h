@@ -19,7 +19,7 @@ namespace lumo {
 /// The table has one float per kRowsPerEntry x kColumnsPerEntry beam elements, below 1 % of one beam.
 class BeamReach {
  public:
-  /// Costs one quickReach() per beam element and some reach() more, shared by the team.
+  /// Costs one quickFourths() per beam element and some reach() more, shared by the team.
   void prepare(const APtrArray<AMatrix<float>*>& beams, const BeamNorm& norm, std::uint32_t tileRows,
                std::uint32_t tileColumns, ThreadTeam& team);
 
@@ -27,6 +27,8 @@ class BeamReach {
   [[nodiscard]] double below(std::size_t row, std::size_t column) const {
     return static_cast<double>(table_[row / kRowsPerEntry * entriesPerRow_ + column / kColumnsPerEntry]);
   }
+
+  [[nodiscard]] std::size_t bytes() const { return table_.capacity() * sizeof(float); }
 
   static constexpr std::size_t kRowsPerEntry = 4;
   static constexpr std::size_t kColumnsPerEntry = 32;

@@ -15,6 +15,7 @@ std::unique_ptr<ABCleanEngine> makeCleanEngine(CleanEngineKind kind, int threads
   if (kind == CleanEngineKind::kPlain || residuals.count() > kMaxTileTerms)
     return std::make_unique<PlainCleanEngine>(residuals, beams, parameters);
   CleanTiling tiling;
+  if (kind == CleanEngineKind::kMerged) tiling.rounding = CleanRounding::kOnce;
   tiling.threads = std::max(threads, 1);
   return std::make_unique<TiledCleanEngine>(residuals, beams, parameters, tiling);
 }

@@ -25,12 +25,12 @@ constexpr std::size_t kFloatsPerLine = 16;
 struct Placement {
   std::size_t count = 0;
   const CleanUpdate* updates = nullptr;
-  std::size_t row[kMaxTileUpdates];       ///< beam row below the tile's first row
-  std::size_t column[kMaxTileUpdates];    ///< beam column below the tile's first column
-  std::size_t offset[kMaxTileUpdates];    ///< of the current row: beam element below its first pixel
-  std::size_t next[kMaxTileUpdates];      ///< of the row after it, the current one again at the last
-  std::size_t straight[kMaxTileUpdates];  ///< pixels of a tile row before the beam's columns wrap
-  bool wraps = false;                     ///< whether any step's columns wrap inside the tile
+  std::uint32_t row[kMaxTileUpdates];       ///< beam row below the tile's first row
+  std::uint32_t column[kMaxTileUpdates];    ///< beam column below the tile's first column
+  std::uint32_t offset[kMaxTileUpdates];    ///< of the current row: beam element below its first pixel
+  std::uint32_t next[kMaxTileUpdates];      ///< of the row after it, the current one again at the last
+  std::uint32_t straight[kMaxTileUpdates];  ///< pixels of a tile row before the beam's columns wrap
+  bool wraps = false;                       ///< whether any step's columns wrap inside the tile
 };
 
 HWY_INLINE std::size_t wrapped(std::int64_t index, std::size_t size) {
@@ -48,9 +48,10 @@ HWY_INLINE void place(const CleanTileMaps& maps, const CleanTileArea& area, cons
     const auto row = static_cast<std::int64_t>(maps.beamRows / 2) - updates[p].row + area.firstRow;
     const auto column =
         static_cast<std::int64_t>(maps.beamColumns / 2) - updates[p].column + area.firstColumn;
-    placement.row[p] = wrapped(row, maps.beamRows);
-    placement.column[p] = wrapped(column, maps.beamColumns);
-    placement.straight[p] = std::min(width, maps.beamColumns - placement.column[p]);
+    placement.row[p] = static_cast<std::uint32_t>(wrapped(row, maps.beamRows));
+    placement.column[p] = static_cast<std::uint32_t>(wrapped(column, maps.beamColumns));
+    placement.straight[p] =
+        static_cast<std::uint32_t>(std::min(width, maps.beamColumns - placement.column[p]));
     placement.wraps = placement.wraps || placement.straight[p] < width;
   }
 }
@@ -63,11 +64,21 @@ HWY_INLINE std::size_t elementBelow(const CleanTileMaps& maps, const Placement& 
          placement.column[p];
 }
 
+/// What a pass does beside subtracting.
+enum class Search {
+  kNone,
+  /// Largest S alone. Without the constraint no score exceeds that of the pixel with it, and the comparison
+  /// that remembers a place costs as much as all the rest of a search.
+  kNorm,
+  kPlace,
+  kPlaceNonNegative,
+};
+
 /// Best score so far per lane of D.
 template <class D>
 struct LaneBest {
   using V = hn::Vec<D>;
-  HWY_INLINE explicit LaneBest(D d) : score(hn::Zero(d)), place(hn::Set(d, -1.0)), norm(hn::Zero(d)) {}
+  HWY_INLINE explicit LaneBest(D d) : score(hn::Zero(d)), place(hn::Set(d, -1.0)), norm(hn::Set(d, -1.0)) {}
   V score;
   V place;  ///< offset of the pixel less its lane, exact as a double; -1 while there is none
   V norm;
@@ -80,7 +91,7 @@ struct SearchConstants {
   double scale;
 };
 
-template <int kTerms, bool kNonNegative, class D, class V = hn::Vec<D>>
+template <int kTerms, Search kSearch, class D, class V = hn::Vec<D>>
 HWY_INLINE void searchLanes(D d, const CleanTileMaps& maps, const SearchConstants& constants, const V* r,
                             std::size_t offset, LaneBest<D>& best) {
   const hn::Rebind<float, D> df;
@@ -93,8 +104,10 @@ HWY_INLINE void searchLanes(D d, const CleanTileMaps& maps, const SearchConstant
     for (int k = 0; k < kTerms; ++k) a = hn::Add(a, hn::Mul(r[k], hn::Set(d, maps.inverse[j * kTerms + k])));
     sum = hn::Add(sum, hn::Mul(r[j], a));
   }
+  best.norm = hn::Max(best.norm, sum);
+  if constexpr (kSearch == Search::kNorm) return;
   V score = hn::Mul(sum, hn::Set(d, constants.scale));
-  if constexpr (kNonNegative) {
+  if constexpr (kSearch == Search::kPlaceNonNegative) {
     // `a` is a_0, the last to be formed.
     const V current = hn::PromoteTo(d, hn::LoadU(df, maps.intensity + offset));
     const V tentative = hn::Add(hn::Mul(a, hn::Set(d, constants.gain)), current);
@@ -105,7 +118,6 @@ HWY_INLINE void searchLanes(D d, const CleanTileMaps& maps, const SearchConstant
   const auto better = hn::Ge(score, best.score);
   best.score = hn::IfThenElse(better, score, best.score);
   best.place = hn::IfThenElse(better, hn::Set(d, static_cast<double>(offset)), best.place);
-  best.norm = hn::Max(best.norm, sum);
 }
 
 template <class D>
@@ -130,7 +142,7 @@ HWY_INLINE void reduce(D d, const LaneBest<D>& lanes, CleanTileBest& best) {
 
 /// Subtracts the steps from .. to - 1 from kVectors vectors of pixels of one row, `pixel` pixels after the
 /// tile's first, with the residuals in registers.
-template <int kTerms, int kVectors, class D, class V>
+template <int kTerms, int kVectors, CleanRounding kRounding, class D, class V>
 HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const Placement& placement, std::size_t from,
                               std::size_t to, std::ptrdiff_t pixel, V (&r)[kVectors][kTerms]) {
   const hn::Rebind<float, D> df;
@@ -156,7 +168,11 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const Placement& p
         HWY_UNROLL(4)
         for (int k = 0; k < kTerms; ++k) {
           const V value = hn::Sub(r[v][k], hn::Mul(beam[k + j], hn::Set(d, increments[j])));
-          r[v][k] = hn::PromoteTo(d, hn::DemoteTo(df, value));
+          if constexpr (kRounding == CleanRounding::kEveryProduct) {
+            r[v][k] = hn::PromoteTo(d, hn::DemoteTo(df, value));
+          } else {
+            r[v][k] = value;
+          }
         }
       }
     }
@@ -164,7 +180,7 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const Placement& p
 }
 
 /// kVectors vectors of pixels of one row: load, subtract, store and, where asked for, search.
-template <int kTerms, int kVectors, bool kNonNegative, bool kSearch, class D>
+template <int kTerms, int kVectors, CleanRounding kRounding, Search kSearch, class D>
 HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const Placement& placement, std::size_t from,
                           std::size_t to, std::size_t offset, std::ptrdiff_t pixel,
                           const SearchConstants& constants, LaneBest<D>& best) {
@@ -175,13 +191,17 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const Placement& place
   for (int v = 0; v < kVectors; ++v) HWY_UNROLL(4)
   for (int k = 0; k < kTerms; ++k)
     r[v][k] = hn::PromoteTo(d, hn::LoadU(df, maps.maps[k] + offset + static_cast<std::size_t>(v) * lanes));
-  subtractLanes<kTerms, kVectors>(d, maps, placement, from, to, pixel, r);
+  subtractLanes<kTerms, kVectors, kRounding>(d, maps, placement, from, to, pixel, r);
   HWY_UNROLL(8)
   for (int v = 0; v < kVectors; ++v) {
     const std::size_t at = offset + static_cast<std::size_t>(v) * lanes;
     HWY_UNROLL(4)
-    for (int k = 0; k < kTerms; ++k) hn::StoreU(hn::DemoteTo(df, r[v][k]), df, maps.maps[k] + at);
-    if constexpr (kSearch) searchLanes<kTerms, kNonNegative>(d, maps, constants, r[v], at, best);
+    for (int k = 0; k < kTerms; ++k) {
+      const auto rounded = hn::DemoteTo(df, r[v][k]);
+      hn::StoreU(rounded, df, maps.maps[k] + at);
+      if constexpr (kRounding == CleanRounding::kOnce) r[v][k] = hn::PromoteTo(d, rounded);
+    }
+    if constexpr (kSearch != Search::kNone) searchLanes<kTerms, kSearch>(d, maps, constants, r[v], at, best);
   }
 }
 
@@ -196,7 +216,7 @@ struct TileSearch {
 
 /// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1, which
 /// do not wrap in it once `shift` is added to their beam element.
-template <int kTerms, bool kNonNegative, bool kSearch>
+template <int kTerms, CleanRounding kRounding, Search kSearch>
 HWY_INLINE void passRow(const CleanTileMaps& maps, const Placement& placement, std::size_t from,
                         std::size_t to, std::size_t offset, std::size_t begin, std::size_t end,
                         std::ptrdiff_t shift, const SearchConstants& constants, TileSearch& best) {
@@ -207,32 +227,47 @@ HWY_INLINE void passRow(const CleanTileMaps& maps, const Placement& placement, s
   const std::size_t lanes = hn::Lanes(d);
   std::size_t i = begin;
   for (; i + kVectors * lanes <= end; i += kVectors * lanes)
-    passLanes<kTerms, kVectors, kNonNegative, kSearch>(d, maps, placement, from, to, offset + i,
-                                                       shift + static_cast<std::ptrdiff_t>(i), constants,
-                                                       best.wide);
+    passLanes<kTerms, kVectors, kRounding, kSearch>(d, maps, placement, from, to, offset + i,
+                                                    shift + static_cast<std::ptrdiff_t>(i), constants,
+                                                    best.wide);
   for (; i + lanes <= end; i += lanes)
-    passLanes<kTerms, 1, kNonNegative, kSearch>(d, maps, placement, from, to, offset + i,
-                                                shift + static_cast<std::ptrdiff_t>(i), constants, best.wide);
+    passLanes<kTerms, 1, kRounding, kSearch>(d, maps, placement, from, to, offset + i,
+                                             shift + static_cast<std::ptrdiff_t>(i), constants, best.wide);
   for (; i < end; ++i)
-    passLanes<kTerms, 1, kNonNegative, kSearch>(single, maps, placement, from, to, offset + i,
-                                                shift + static_cast<std::ptrdiff_t>(i), constants,
-                                                best.single);
+    passLanes<kTerms, 1, kRounding, kSearch>(single, maps, placement, from, to, offset + i,
+                                             shift + static_cast<std::ptrdiff_t>(i), constants, best.single);
 }
 
 /// One tile row whose steps meet the end of a beam row inside it: step by step, in two parts.
-template <int kTerms, bool kNonNegative>
+template <int kTerms, CleanRounding kRounding>
 HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const Placement& placement, std::size_t offset,
                                   std::size_t width, const SearchConstants& constants, TileSearch& best) {
   const std::ptrdiff_t period = -static_cast<std::ptrdiff_t>(maps.beamColumns);
   for (std::size_t p = 0; p < placement.count; ++p) {
     const std::size_t cut = placement.straight[p];
-    passRow<kTerms, kNonNegative, false>(maps, placement, p, p + 1, offset, 0, cut, 0, constants, best);
-    passRow<kTerms, kNonNegative, false>(maps, placement, p, p + 1, offset, cut, width, period, constants,
-                                         best);
+    passRow<kTerms, kRounding, Search::kNone>(maps, placement, p, p + 1, offset, 0, cut, 0, constants, best);
+    passRow<kTerms, kRounding, Search::kNone>(maps, placement, p, p + 1, offset, cut, width, period,
+                                              constants, best);
   }
 }
 
-template <int kTerms, bool kNonNegative>
+/// Takes the largest S of a row, and forgets it.
+HWY_INLINE void reduceRow(TileSearch& search, std::size_t offset, double scale, CleanTileBest& best) {
+  const Wide d;
+  const Single single;
+  const double norm =
+      std::max(hn::GetLane(hn::MaxOfLanes(d, search.wide.norm)), hn::GetLane(search.single.norm));
+  search.wide.norm = hn::Set(d, -1.0);
+  search.single.norm = hn::Set(single, -1.0);
+  best.norm = std::max(best.norm, norm);
+  const double score = norm * scale;
+  if (norm < 0.0 || score < best.score) return;
+  best.found = true;
+  best.score = score;
+  best.offset = offset;
+}
+
+template <int kTerms, CleanRounding kRounding, Search kSearch>
 HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileArea& area,
                                     const CleanUpdate* updates, std::size_t count, double gain) {
   Placement placement;
@@ -242,6 +277,7 @@ HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileAr
   const std::size_t width = area.lastColumn - area.firstColumn;
   const std::size_t last = area.lastRow - 1;
   TileSearch search{LaneBest<Wide>(Wide()), LaneBest<Single>(Single())};
+  CleanTileBest best;
   for (std::size_t row = area.firstRow; row < area.lastRow; ++row) {
     for (std::size_t p = 0; p < count; ++p) {
       placement.offset[p] = elementBelow(maps, placement, p, row - area.firstRow);
@@ -249,34 +285,66 @@ HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileAr
     }
     const std::size_t offset = row * maps.mapColumns + area.firstColumn;
     if (placement.wraps)
-      subtractWrapped<kTerms, kNonNegative>(maps, placement, offset, width, constants, search);
-    passRow<kTerms, kNonNegative, true>(maps, placement, 0, placement.wraps ? 0 : count, offset, 0, width, 0,
+      subtractWrapped<kTerms, kRounding>(maps, placement, offset, width, constants, search);
+    passRow<kTerms, kRounding, kSearch>(maps, placement, 0, placement.wraps ? 0 : count, offset, 0, width, 0,
                                         constants, search);
+    if constexpr (kSearch == Search::kNorm) reduceRow(search, offset, constants.scale, best);
   }
-  CleanTileBest best;
-  reduce(Wide(), search.wide, best);
-  reduce(Single(), search.single, best);
+  if constexpr (kSearch != Search::kNorm) {
+    reduce(Wide(), search.wide, best);
+    reduce(Single(), search.single, best);
+  }
   return best;
+}
+
+template <int kTerms, CleanRounding kRounding>
+CleanTileBest passRounding(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                           std::size_t count, double gain) {
+  return maps.nonNegative
+             ? passTile<kTerms, kRounding, Search::kPlaceNonNegative>(maps, area, updates, count, gain)
+             : passTile<kTerms, kRounding, Search::kNorm>(maps, area, updates, count, gain);
+}
+
+template <int kTerms>
+CleanTileBest findTerms(const CleanTileMaps& maps, const CleanTileArea& area, double gain) {
+  constexpr CleanRounding kRounding = CleanRounding::kEveryProduct;
+  return maps.nonNegative
+             ? passTile<kTerms, kRounding, Search::kPlaceNonNegative>(maps, area, nullptr, 0, gain)
+             : passTile<kTerms, kRounding, Search::kPlace>(maps, area, nullptr, 0, gain);
 }
 
 template <int kTerms>
 CleanTileBest passTerms(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                        std::size_t count, double gain) {
-  return maps.nonNegative ? passTile<kTerms, true>(maps, area, updates, count, gain)
-                          : passTile<kTerms, false>(maps, area, updates, count, gain);
+                        std::size_t count, double gain, CleanRounding rounding) {
+  return rounding == CleanRounding::kOnce
+             ? passRounding<kTerms, CleanRounding::kOnce>(maps, area, updates, count, gain)
+             : passRounding<kTerms, CleanRounding::kEveryProduct>(maps, area, updates, count, gain);
 }
 
 CleanTileBest updateTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                         std::size_t count, double gain) {
+                         std::size_t count, double gain, CleanRounding rounding) {
   switch (maps.terms) {
     case 1:
-      return passTerms<1>(maps, area, updates, count, gain);
+      return passTerms<1>(maps, area, updates, count, gain, rounding);
     case 2:
-      return passTerms<2>(maps, area, updates, count, gain);
+      return passTerms<2>(maps, area, updates, count, gain, rounding);
     case 3:
-      return passTerms<3>(maps, area, updates, count, gain);
+      return passTerms<3>(maps, area, updates, count, gain, rounding);
     default:
-      return passTerms<4>(maps, area, updates, count, gain);
+      return passTerms<4>(maps, area, updates, count, gain, rounding);
+  }
+}
+
+CleanTileBest findPeak(const CleanTileMaps& maps, const CleanTileArea& area, double gain) {
+  switch (maps.terms) {
+    case 1:
+      return findTerms<1>(maps, area, gain);
+    case 2:
+      return findTerms<2>(maps, area, gain);
+    case 3:
+      return findTerms<3>(maps, area, gain);
+    default:
+      return findTerms<4>(maps, area, gain);
   }
 }
 
@@ -288,10 +356,16 @@ HWY_AFTER_NAMESPACE();
 namespace lumo {
 
 HWY_EXPORT(updateTile);
+HWY_EXPORT(findPeak);
 
 CleanTileBest updateCleanTile(const CleanTileMaps& maps, const CleanTileArea& area,
-                              const CleanUpdate* updates, std::size_t count, double gain) {
-  return HWY_DYNAMIC_DISPATCH(updateTile)(maps, area, updates, count, gain);
+                              const CleanUpdate* updates, std::size_t count, double gain,
+                              CleanRounding rounding) {
+  return HWY_DYNAMIC_DISPATCH(updateTile)(maps, area, updates, count, gain, rounding);
+}
+
+CleanTileBest findCleanPeak(const CleanTileMaps& maps, const CleanTileArea& area, double gain) {
+  return HWY_DYNAMIC_DISPATCH(findPeak)(maps, area, gain);
 }
 
 }  // namespace lumo

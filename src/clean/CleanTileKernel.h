@@ -9,7 +9,13 @@ namespace lumo {
 /// Terms that the tile kernel is compiled for: 1 to this.
 inline constexpr std::int32_t kMaxTileTerms = 4;
 /// Steps that one call of the tile kernel subtracts at most.
-inline constexpr std::size_t kMaxTileUpdates = 64;
+inline constexpr std::size_t kMaxTileUpdates = 1024;
+
+/// When the residuals are rounded to float.
+enum class CleanRounding {
+  kEveryProduct,  ///< as ABCleanEngine describes it
+  kOnce,          ///< when all steps of a call are subtracted
+};
 
 /// A step of the CLEAN that some tiles have not subtracted yet.
 struct CleanUpdate {
@@ -42,19 +48,25 @@ struct CleanTileArea {
 
 /// The best pixel of a tile.
 struct CleanTileBest {
-  bool found = false;      ///< whether any pixel has a score of 0 or more
-  double score = 0.0;      ///< E of the best pixel
-  std::size_t offset = 0;  ///< its place in the maps: the last in scan order among equal scores
-  double norm = 0.0;       ///< largest S = r' W r of the tile, 0 at least
+  bool found = false;  ///< whether any pixel has a score of 0 or more
+  double score = 0.0;  ///< E of the best pixel
+  /// Place in the maps of the best pixel, the last in scan order among equal scores; without the constraint,
+  /// of the first pixel of that pixel's row of the tile.
+  std::size_t offset = 0;
+  double norm = 0.0;  ///< largest S = r' W r of the tile, 0 at least
 };
 
 /// Subtracts `count` <= kMaxTileUpdates steps from the pixels of a tile, in their order, and searches the
 /// tile with loop gain `gain`, in one pass over its pixels.
 ///
-/// Every operation and every rounding to float is that of ABCleanEngine's description; only pixels are
-/// interleaved, so the bits do not depend on the instruction set that the processor has. All values must be
-/// finite. Touches nothing outside the tile; may run on several tiles at once.
+/// With kEveryProduct every operation and every rounding to float is that of ABCleanEngine's description;
+/// only pixels are interleaved. In neither way do the bits depend on the instruction set that the processor
+/// has. All values must be finite. Touches nothing outside the tile; may run on several tiles at once.
 [[nodiscard]] CleanTileBest updateCleanTile(const CleanTileMaps& maps, const CleanTileArea& area,
-                                            const CleanUpdate* updates, std::size_t count, double gain);
+                                            const CleanUpdate* updates, std::size_t count, double gain,
+                                            CleanRounding rounding = CleanRounding::kEveryProduct);
+
+/// The best pixel of an area in which nothing is to be subtracted, to the pixel.
+[[nodiscard]] CleanTileBest findCleanPeak(const CleanTileMaps& maps, const CleanTileArea& area, double gain);
 
 }  // namespace lumo

@@ -2,6 +2,7 @@
 #include "clean/TiledCleanEngine.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
 
@@ -13,11 +14,17 @@ namespace {
 constexpr double kGainMargin = 1e-6;
 /// Covers the rounding of S, which BeamNorm keeps below 1e-8 of it, and those of the bounds.
 constexpr double kUp = 1.0 + 1e-6;
-/// A tile that lacks a step this far back while the list is full is brought up to date.
-constexpr std::size_t kOldest = kMaxTileUpdates / 4;
+/// Steps that the list holds for the exact engine: with more the beam elements below a tile, which all of
+/// them read, leave the cache.
+constexpr std::size_t kExactSteps = 64;
+/// A full list has this part of it, the oldest, subtracted everywhere.
+constexpr std::size_t kOldestPart = 4;
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Rounds of the tiles with the largest bounds before all the others that may win are taken at once: after
 /// that many the best score hardly rises.
 constexpr int kLeaderRounds = 4;
+/// A list that merges takes this part of the memory of maps and beams.
+constexpr std::size_t kListPart = 100;
 
 bool usable(double gain) {
   return gain >= kGainMargin && gain <= 2.0 - kGainMargin;
@@ -32,6 +39,10 @@ bool allFinite(const AMatrix<float>& map) {
   bool finite = true;
   for (std::size_t i = 0; i < map.size(); ++i) finite = finite && std::isfinite(map.data()[i]);
   return finite;
+}
+
+double secondsNow() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
 std::size_t wrapped(std::int64_t index, std::int64_t period) {
@@ -59,10 +70,13 @@ void TiledCleanEngine::prepare() {
   team_ = std::make_unique<ThreadTeam>(tiling_.threads);
   pixelsSearched_ = 0;
   mostNegative_ = 0.0;
-  list_.clear();
   tiles_.clear();
   tiled_ = parameters().iterations > 0 && boundsHold();
-  if (tiled_) makeTiles();
+  if (!tiled_) return;
+  chooseShape();
+  makeTiles();
+  pointAtMaps();
+  reach_.prepare(beams(), norm_, tiling_.rows, tiling_.columns, *team_);
 }
 
 bool TiledCleanEngine::boundsHold() {
@@ -73,31 +87,50 @@ bool TiledCleanEngine::boundsHold() {
   return norm_.prepare(beams(), beamMatrix(), terms());
 }
 
+void TiledCleanEngine::chooseShape() {
+  const std::uint32_t rows = residuals()[0]->rows();
+  const std::uint32_t columns = residuals()[0]->columns();
+  const bool once = tiling_.rounding == CleanRounding::kOnce;
+  // Measured. In small maps most of the time goes into searching, of which small tiles need less; in large
+  // ones into reading beams, of which large tiles need less.
+  if (tiling_.rows == 0) tiling_.rows = once || rows >= 512 ? 16 : 8;
+  if (tiling_.columns == 0) tiling_.columns = once ? 128 : 256;
+  tiling_.rows = std::min(tiling_.rows, rows);
+  tiling_.columns = std::min(tiling_.columns, columns);
+  // The more steps are merged the fewer are left, but the list must stay small beside maps and beams.
+  const std::size_t held = sizeof(float) * (2 * residuals()[0]->size() * static_cast<std::size_t>(terms()) +
+                                            beams()[0]->size() * static_cast<std::size_t>(beams().count()));
+  const std::size_t most = held / kListPart / CleanStepList::kBytesPerStep;
+  list_.prepare(once ? std::clamp(most, kExactSteps, CleanStepList::kMostSteps) : kExactSteps, once);
+}
+
 void TiledCleanEngine::makeTiles() {
   const std::uint32_t rows = residuals()[0]->rows();
   const std::uint32_t columns = residuals()[0]->columns();
-  const std::uint32_t tileRows = std::clamp(tiling_.rows, 1U, rows);
-  const std::uint32_t tileColumns = std::clamp(tiling_.columns, 1U, columns);
-  tiling_.rows = tileRows;
-  tiling_.columns = tileColumns;
-  for (std::uint32_t row = 0; row < rows; row += std::min(tileRows, rows - row)) {
-    for (std::uint32_t column = 0; column < columns; column += std::min(tileColumns, columns - column)) {
-      Tile& tile = tiles_.emplace_back();
-      tile.area = {row, row + std::min(tileRows, rows - row), column,
-                   column + std::min(tileColumns, columns - column)};
-    }
+  const std::uint32_t height = tiling_.rows;
+  const std::uint32_t width = tiling_.columns;
+  tileRows_ = rows / height + (rows % height != 0 ? 1 : 0);
+  tileColumns_ = columns / width + (columns % width != 0 ? 1 : 0);
+  tiles_.reserve(tileRows_ * tileColumns_);
+  for (std::uint32_t row = 0; row < rows; row += std::min(height, rows - row)) {
+    for (std::uint32_t column = 0; column < columns; column += std::min(width, columns - column))
+      tiles_.emplace_back().area = {row, row + std::min(height, rows - row), column,
+                                    column + std::min(width, columns - column)};
   }
-  tilesPerRow_ = (columns + tileColumns - 1) / tileColumns;
-  list_.reserve(kMaxTileUpdates);
+  normBound_.assign(tiles_.size(), kInfinity);
+  scoreBound_.assign(tiles_.size(), kInfinity);
+  bound_.assign(tiles_.size(), kInfinity);
   chosen_.reserve(tiles_.size());
-  reach_.prepare(beams(), norm_, tileRows, tileColumns, *team_);
+  rivals_.reserve(tiles_.size());
+}
 
+void TiledCleanEngine::pointAtMaps() {
   maps_ = {};
   maps_.terms = terms();
   for (std::int32_t k = 0; k < terms(); ++k) maps_.maps[k] = residuals()[k]->data();
   for (std::int32_t m = 0; m < beams().count(); ++m) maps_.beams[m] = beams()[m]->data();
   maps_.intensity = components()[0].data();
-  maps_.mapColumns = columns;
+  maps_.mapColumns = residuals()[0]->columns();
   maps_.beamRows = beams()[0]->rows();
   maps_.beamColumns = beams()[0]->columns();
   maps_.inverse = beamMatrix().inverse().data();
@@ -105,11 +138,17 @@ void TiledCleanEngine::makeTiles() {
   maps_.nonNegative = parameters().nonNegative;
 }
 
+std::size_t TiledCleanEngine::workingBytes() const {
+  return list_.bytes() + reach_.bytes() + tiles_.capacity() * sizeof(Tile) +
+         (normBound_.capacity() + scoreBound_.capacity() + bound_.capacity()) * sizeof(double) +
+         (rivals_.capacity() + chosen_.capacity()) * sizeof(std::uint32_t);
+}
+
 void TiledCleanEngine::settle() {
-  if (!tiled_ || list_.empty()) return;
+  if (!tiled_ || list_.size() == 0) return;
   chosen_.clear();
   for (std::size_t i = 0; i < tiles_.size(); ++i)
-    if (tiles_[i].applied < list_.size()) chosen_.push_back(i);
+    if (tiles_[i].applied < list_.size()) chosen_.push_back(static_cast<std::uint32_t>(i));
   bringUpToDate(tiles_[0].gain);
   dropSubtracted();
 }
@@ -119,12 +158,11 @@ void TiledCleanEngine::givePlainWay() {
   tiled_ = false;
 }
 
-double TiledCleanEngine::bound(const Tile& tile, const Gain& gain) const {
-  if (tile.unknown) return std::numeric_limits<double>::infinity();
-  if (!maps_.nonNegative) return kUp * gain.scale * tile.normBound * tile.normBound;
-  const double x = tile.normBound;
+double TiledCleanEngine::constrainedBound(std::size_t i, const Gain& gain) const {
+  const Tile& tile = tiles_[i];
+  const double x = normBound_[i];
   const double c = mostNegative_;
-  double root = tile.scoreBound;
+  double root = scoreBound_[i];
   if (tile.gain != gain.gain)
     root += x * std::sqrt(kUp * std::fabs(gain.scale - Gain(tile.gain).scale) + 1e-15);
   if (c > 0.0) {
@@ -137,108 +175,156 @@ double TiledCleanEngine::bound(const Tile& tile, const Gain& gain) const {
   return kUp * root * root;
 }
 
-bool TiledCleanEngine::upToDate(const Tile& tile, const Gain& gain) const {
-  return !tile.unknown && tile.applied == list_.size() && tile.gain == gain.gain;
+void TiledCleanEngine::formBounds(const Gain& gain) {
+  if (!constrained()) {
+    for (std::size_t i = 0; i < tiles_.size(); ++i)
+      bound_[i] = kUp * gain.scale * normBound_[i] * normBound_[i];
+    return;
+  }
+  for (std::size_t i = 0; i < tiles_.size(); ++i)
+    bound_[i] = scoreBound_[i] < kInfinity ? constrainedBound(i, gain) : kInfinity;
 }
 
 bool TiledCleanEngine::search(double gainValue, CleanStep& step) {
   if (tiled_ && !usable(gainValue)) givePlainWay();
   if (!tiled_) return PlainCleanEngine::search(gainValue, step);
-  const Gain gain(gainValue);
-  for (int round = 0; round < kLeaderRounds && chooseLeaders(gain); ++round) bringUpToDate(gainValue);
-  chooseRest(gain);
+  best_ = nullptr;
+  work_ = 0.0;
+  formBounds(Gain(gainValue));
+  chooseLargest(leaders());
   bringUpToDate(gainValue);
-  dropSubtracted();
-  const Tile* const best = winner(gain);
-  if (best == nullptr) return false;
-  fillStep(best->best, gainValue, step);
+  collectRivals();
+  std::size_t done = 0;
+  for (int round = 0; round < kLeaderRounds && done < rivals_.size(); ++round, done += leaders()) {
+    chooseRivals(done, leaders());
+    bringUpToDate(gainValue);
+  }
+  chooseRivals(done, rivals_.size());
+  bringUpToDate(gainValue);
+  if (list_.size() == list_.capacity()) {
+    chooseOverdue();
+    bringUpToDate(gainValue);
+    dropSubtracted();
+  }
+  if (best_ == nullptr) return false;
+  fillStep(*best_, gainValue, step);
   return true;
 }
 
-bool TiledCleanEngine::chooseLeaders(const Gain& gain) {
-  // One for every thread: their scores let most other tiles rest.
-  const Tile* const leader = winner(gain);
-  const double best = leader != nullptr ? leader->best.score : 0.0;
-  const auto count = static_cast<std::size_t>(team_->size());
-  chosen_.clear();
-  double least = -1.0;
-  for (std::size_t i = 0; i < tiles_.size(); ++i) {
-    const double value = bound(tiles_[i], gain);
-    if (value < best || (chosen_.size() == count && value <= least) || upToDate(tiles_[i], gain)) continue;
-    if (chosen_.size() == count) chosen_.pop_back();
-    const auto place = std::find_if(chosen_.begin(), chosen_.end(),
-                                    [&](std::size_t other) { return bound(tiles_[other], gain) < value; });
-    chosen_.insert(place, i);
-    least = bound(tiles_[chosen_.back()], gain);
-  }
-  return !chosen_.empty();
+std::size_t TiledCleanEngine::leaders() const {
+  // Rounding once, the bits depend on which tiles are brought up to date, so the threads must not matter.
+  if (tiling_.rounding == CleanRounding::kOnce) return 2;
+  return sharing() ? static_cast<std::size_t>(team_->size()) : 1;
 }
 
-void TiledCleanEngine::chooseRest(const Gain& gain) {
-  const Tile* const leader = winner(gain);
-  const double best = leader != nullptr ? leader->best.score : 0.0;
-  const bool full = list_.size() == kMaxTileUpdates;
+void TiledCleanEngine::chooseLargest(std::size_t count) {
+  const auto larger = [this](std::uint32_t a, std::uint32_t b) { return bound_[a] > bound_[b]; };
   chosen_.clear();
-  for (std::size_t i = 0; i < tiles_.size(); ++i) {
-    const Tile& tile = tiles_[i];
-    const bool overdue = full && tile.applied < kOldest;
-    // Written so that a bound that is not a number is reached.
-    if ((overdue || !(bound(tile, gain) < best)) && !upToDate(tile, gain)) chosen_.push_back(i);
+  for (std::uint32_t i = 0; i < tiles_.size(); ++i) {
+    if (chosen_.size() == count && !(bound_[i] > bound_[chosen_.back()])) continue;
+    if (chosen_.size() == count) chosen_.pop_back();
+    chosen_.insert(std::upper_bound(chosen_.begin(), chosen_.end(), i, larger), i);
   }
+}
+
+void TiledCleanEngine::collectRivals() {
+  const double best = bestScore();
+  rivals_.clear();
+  // Written so that a bound that is not a number is reached.
+  for (std::uint32_t i = 0; i < tiles_.size(); ++i)
+    if (!(bound_[i] < best)) rivals_.push_back(i);
+  std::sort(rivals_.begin(), rivals_.end(),
+            [this](std::uint32_t a, std::uint32_t b) { return bound_[a] > bound_[b]; });
+}
+
+/// Of the rivals from `first` on the next `count`, as far as they still are.
+void TiledCleanEngine::chooseRivals(std::size_t first, std::size_t count) {
+  chosen_.clear();
+  for (std::size_t i = first; i < rivals_.size() && i - first < count; ++i)
+    if (!(bound_[rivals_[i]] < bestScore())) chosen_.push_back(rivals_[i]);
+}
+
+void TiledCleanEngine::chooseOverdue() {
+  chosen_.clear();
+  // Column by column: tiles above each other lie on nearly the same beam rows, which stay in the cache.
+  for (std::size_t column = 0; column < tileColumns_; ++column)
+    for (std::size_t i = column; i < tiles_.size(); i += tileColumns_)
+      if (tiles_[i].applied < list_.capacity() / kOldestPart)
+        chosen_.push_back(static_cast<std::uint32_t>(i));
 }
 
 void TiledCleanEngine::bringUpToDate(double gain) {
-  team_->run(chosen_.size(), [&](std::size_t i) { updateTile(tiles_[chosen_[i]], gain); });
-  for (const std::size_t i : chosen_) {
+  for (const std::uint32_t i : chosen_) {
     const CleanTileArea& area = tiles_[i].area;
-    pixelsSearched_ +=
+    const auto pixels =
         static_cast<std::int64_t>(area.lastRow - area.firstRow) * (area.lastColumn - area.firstColumn);
+    pixelsSearched_ += pixels;
+    work_ += static_cast<double>(pixels) * static_cast<double>(list_.size() - tiles_[i].applied + 1);
+  }
+  if (sharing()) {
+    team_->run(chosen_.size(), [&](std::size_t i) { updateTile(chosen_[i], gain); });
+  } else {
+    for (const std::uint32_t i : chosen_) updateTile(i, gain);
+  }
+  for (const std::uint32_t i : chosen_) {
+    const CleanTileBest& best = tiles_[i].best;
+    bound_[i] = -1.0;  // no rival any more
+    if (!best.found) continue;
+    if (best_ == nullptr || best.score > best_->score ||
+        (best.score == best_->score && best.offset > best_->offset))
+      best_ = &best;
   }
 }
 
-void TiledCleanEngine::updateTile(Tile& tile, double gain) {
-  tile.best =
-      updateCleanTile(maps_, tile.area, list_.data() + tile.applied, list_.size() - tile.applied, gain);
+void TiledCleanEngine::updateTile(std::size_t index, double gain) {
+  Tile& tile = tiles_[index];
+  if (tiling_.rounding == CleanRounding::kOnce) {
+    CleanUpdate merged[kMaxTileUpdates];
+    std::size_t next = tile.applied;
+    do {
+      std::size_t count = 0;
+      next = list_.merge(next, merged, count);
+      tile.best = updateCleanTile(maps_, tile.area, merged, count, gain, CleanRounding::kOnce);
+    } while (next < list_.size());
+  } else {
+    tile.best =
+        updateCleanTile(maps_, tile.area, list_.data() + tile.applied, list_.size() - tile.applied, gain);
+  }
   tile.applied = list_.size();
   tile.gain = gain;
   tile.slope = slopeOf(gain);
-  tile.unknown = false;
-  tile.normBound = kUp * std::sqrt(tile.best.norm);
-  tile.scoreBound = tile.best.found ? kUp * std::sqrt(std::max(tile.best.score, 0.0)) : 0.0;
-}
-
-const TiledCleanEngine::Tile* TiledCleanEngine::winner(const Gain& gain) const {
-  const Tile* found = nullptr;
-  for (const Tile& tile : tiles_) {
-    if (!upToDate(tile, gain) || !tile.best.found) continue;
-    if (found != nullptr && (tile.best.score < found->best.score ||
-                             (tile.best.score == found->best.score && tile.best.offset < found->best.offset)))
-      continue;
-    found = &tile;
-  }
-  return found;
+  normBound_[index] = kUp * std::sqrt(tile.best.norm);
+  scoreBound_[index] = tile.best.found ? kUp * std::sqrt(std::max(tile.best.score, 0.0)) : 0.0;
 }
 
 void TiledCleanEngine::dropSubtracted() {
   std::size_t everywhere = list_.size();
   for (const Tile& tile : tiles_) everywhere = std::min(everywhere, tile.applied);
-  if (everywhere == 0) return;
-  list_.erase(list_.begin(), list_.begin() + static_cast<std::ptrdiff_t>(everywhere));
+  list_.drop(everywhere);
   for (Tile& tile : tiles_) tile.applied -= everywhere;
 }
 
+std::size_t TiledCleanEngine::peakOf(const CleanTileBest& best, double gain) const {
+  if (constrained()) return best.offset;
+  const auto row = static_cast<std::uint32_t>(best.offset / maps_.mapColumns);
+  const auto column = static_cast<std::uint32_t>(best.offset % maps_.mapColumns);
+  const auto end = std::min(column + tiling_.columns, static_cast<std::uint32_t>(maps_.mapColumns));
+  return findCleanPeak(maps_, {row, row + 1, column, end}, gain).offset;
+}
+
 void TiledCleanEngine::fillStep(const CleanTileBest& best, double gain, CleanStep& step) const {
+  const std::size_t offset = peakOf(best, gain);
   const std::int32_t count = terms();
   double a[kMaxTileTerms];
   for (std::int32_t j = 0; j < count; ++j) {
     a[j] = 0.0;
     for (std::int32_t k = 0; k < count; ++k)
-      a[j] += static_cast<double>(maps_.maps[k][best.offset]) * maps_.inverse[j * count + k];
+      a[j] += static_cast<double>(maps_.maps[k][offset]) * maps_.inverse[j * count + k];
   }
-  const double tentative = a[0] * gain + static_cast<double>(maps_.intensity[best.offset]);
-  const double factor = maps_.nonNegative && tentative < 0.0 ? tentative : 0.0;
-  step.row = static_cast<std::uint32_t>(best.offset / maps_.mapColumns);
-  step.column = static_cast<std::uint32_t>(best.offset % maps_.mapColumns);
+  const double tentative = a[0] * gain + static_cast<double>(maps_.intensity[offset]);
+  const double factor = constrained() && tentative < 0.0 ? tentative : 0.0;
+  step.row = static_cast<std::uint32_t>(offset / maps_.mapColumns);
+  step.column = static_cast<std::uint32_t>(offset % maps_.mapColumns);
   step.score = best.score;
   for (std::int32_t j = 0; j < count; ++j)
     step.increments[static_cast<std::size_t>(j)] = gain * a[j] - factor * beamMatrix().constraint()[j];
@@ -246,19 +332,24 @@ void TiledCleanEngine::fillStep(const CleanTileBest& best, double gain, CleanSte
 
 bool TiledCleanEngine::raiseBounds(const CleanStep& step) {
   const double size = norm_.stepNorm(step.increments.data());
+  const double rounding = norm_.stepRounding() * size + norm_.absoluteRounding();
   const auto beamRows = static_cast<std::int64_t>(maps_.beamRows);
   const auto beamColumns = static_cast<std::int64_t>(maps_.beamColumns);
   const std::int64_t firstRow = beamRows / 2 - step.row;
   const std::int64_t firstColumn = beamColumns / 2 - step.column;
   double largest = 0.0;
-  for (Tile& tile : tiles_) {
-    const double reach = reach_.below(wrapped(firstRow + tile.area.firstRow, beamRows),
-                                      wrapped(firstColumn + tile.area.firstColumn, beamColumns));
-    const double growth = norm_.relativeRounding() * tile.normBound + (reach + norm_.stepRounding()) * size +
-                          norm_.absoluteRounding();
-    tile.normBound += growth;
-    tile.scoreBound += tile.slope * growth;
-    largest = std::max(largest, tile.normBound);
+  std::size_t i = 0;
+  for (std::size_t tileRow = 0; tileRow < tileRows_; ++tileRow) {
+    const std::size_t row = wrapped(firstRow + static_cast<std::int64_t>(tileRow * tiling_.rows), beamRows);
+    for (std::size_t tileColumn = 0; tileColumn < tileColumns_; ++tileColumn, ++i) {
+      const std::size_t column =
+          wrapped(firstColumn + static_cast<std::int64_t>(tileColumn * tiling_.columns), beamColumns);
+      const double growth =
+          norm_.relativeRounding() * normBound_[i] + reach_.below(row, column) * size + rounding;
+      normBound_[i] += growth;
+      if (constrained()) scoreBound_[i] += tiles_[i].slope * growth;
+      largest = std::max(largest, normBound_[i]);
+    }
   }
   return largest < norm_.limit() && size < norm_.limit();
 }
@@ -270,15 +361,13 @@ void TiledCleanEngine::subtract(const CleanStep& step) {
     givePlainWay();
     return PlainCleanEngine::subtract(step);
   }
-  if (maps_.nonNegative) {
+  if (constrained()) {
     // |c| = |C_0| sqrt(q)
     mostNegative_ = std::max(mostNegative_, kUp * std::sqrt(maps_.q) * -static_cast<double>(component));
-    tiles_[step.row / tiling_.rows * tilesPerRow_ + step.column / tiling_.columns].unknown = true;
+    scoreBound_[step.row / tiling_.rows * tileColumns_ + step.column / tiling_.columns] = kInfinity;
   }
-  CleanUpdate& update = list_.emplace_back();
-  update.row = step.row;
-  update.column = step.column;
-  std::copy_n(step.increments.begin(), terms(), update.increments);
+  list_.append(step);
+  if (team_->size() > 1) pacer_.worked(work_, secondsNow());
 }
 
 }  // namespace lumo

@@ -13,14 +13,12 @@ constexpr std::chrono::microseconds kPatience(50);
 /// Readings of the flag between two looks at the clock.
 constexpr int kReadings = 64;
 
-/// Returns when `flag` is no longer `value`.
-void waitForChange(const std::atomic<std::uint32_t>& flag, std::uint32_t value) {
-  const auto start = std::chrono::steady_clock::now();
-  do {
-    for (int i = 0; i < kReadings; ++i)
-      if (flag.load(std::memory_order_acquire) != value) return;
-  } while (std::chrono::steady_clock::now() - start < kPatience);
-  flag.wait(value, std::memory_order_acquire);
+constexpr std::uint32_t kInside = 0x7fff;  ///< members in the loop
+constexpr std::uint32_t kOpen = 0x8000;
+constexpr std::uint32_t kLoop = 0x10000;  ///< one in the number of the loop, which may wrap
+
+constexpr std::uint32_t loopOf(std::uint32_t state) {
+  return state & ~(kOpen | kInside);
 }
 
 }  // namespace
@@ -35,8 +33,8 @@ ThreadTeam::ThreadTeam(int size) {
 
 ThreadTeam::~ThreadTeam() {
   ending_.store(true, std::memory_order_relaxed);
-  round_.fetch_add(1, std::memory_order_release);
-  round_.notify_all();
+  state_.fetch_add(kLoop);
+  state_.notify_all();
 }
 
 void ThreadTeam::run(std::size_t count, const std::function<void(std::size_t)>& task) {
@@ -47,23 +45,40 @@ void ThreadTeam::run(std::size_t count, const std::function<void(std::size_t)>& 
   task_ = &task;
   count_ = count;
   next_.store(0, std::memory_order_relaxed);
-  busy_.store(static_cast<std::uint32_t>(threads_.size()), std::memory_order_relaxed);
-  round_.fetch_add(1, std::memory_order_release);
-  round_.notify_all();
+  state_.store((loopOf(state_.load(std::memory_order_relaxed)) + kLoop) | kOpen);
+  if (sleeping_.load() != 0) state_.notify_all();
   takeTasks();
-  for (std::uint32_t busy = busy_.load(std::memory_order_acquire); busy != 0;
-       busy = busy_.load(std::memory_order_acquire))
-    waitForChange(busy_, busy);
+  for (std::uint32_t state = state_.fetch_and(~kOpen) & ~kOpen; (state & kInside) != 0;
+       state = state_.load(std::memory_order_acquire))
+    waitForChange(state);
 }
 
 void ThreadTeam::work() {
-  for (std::uint32_t seen = 0;; ++seen) {
-    waitForChange(round_, seen);
-    if (ending_.load(std::memory_order_relaxed)) return;
+  std::uint32_t seen = 0;
+  while (!ending_.load(std::memory_order_relaxed)) {
+    std::uint32_t state = state_.load(std::memory_order_acquire);
+    if ((state & kOpen) == 0 || loopOf(state) == seen) {
+      waitForChange(state);
+      continue;
+    }
+    if (!state_.compare_exchange_weak(state, state + 1)) continue;
+    seen = loopOf(state);
     takeTasks();
-    busy_.fetch_sub(1, std::memory_order_release);
-    busy_.notify_one();
+    state_.fetch_sub(1);
+    if (sleeping_.load() != 0) state_.notify_all();
   }
+}
+
+/// Returns when the state is no longer `state`, or sooner.
+void ThreadTeam::waitForChange(std::uint32_t state) {
+  const auto start = std::chrono::steady_clock::now();
+  do {
+    for (int i = 0; i < kReadings; ++i)
+      if (state_.load(std::memory_order_acquire) != state || ending_.load(std::memory_order_relaxed)) return;
+  } while (std::chrono::steady_clock::now() - start < kPatience);
+  sleeping_.fetch_add(1);
+  state_.wait(state);
+  sleeping_.fetch_sub(1);
 }
 
 void ThreadTeam::takeTasks() {

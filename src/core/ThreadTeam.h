@@ -13,8 +13,10 @@ namespace lumo {
 /// A fixed team of threads for many short parallel loops, one after the other: it is waited for a while
 /// before a thread sleeps, so that a loop of some microseconds is worth sharing.
 ///
-/// The calling thread is a member of the team and does its part. One thread at a time may call run(). Which
-/// member takes which index is left to chance: the work of an index must not depend on it.
+/// The calling thread is a member of the team and does its part, all of it where the others come too late: it
+/// waits for members that have begun a task, never for one that the system has not given a processor yet. One
+/// thread at a time may call run(). Which member takes which index is left to chance: the work of an index
+/// must not depend on it.
 class ThreadTeam {
  public:
   /// `size` threads with the caller, at least 1. Where the system gives fewer threads the team is smaller.
@@ -31,12 +33,14 @@ class ThreadTeam {
  private:
   void work();
   void takeTasks();
+  void waitForChange(std::uint32_t state);
 
   const std::function<void(std::size_t)>* task_ = nullptr;
   std::size_t count_ = 0;
   std::atomic<std::size_t> next_{0};
-  std::atomic<std::uint32_t> round_{0};  ///< counts the loops; a change is the signal to begin
-  std::atomic<std::uint32_t> busy_{0};   ///< threads other than the caller that have not ended the round
+  /// Number of the loop, whether members may still join it, and how many have, the caller not counted.
+  std::atomic<std::uint32_t> state_{0};
+  std::atomic<std::uint32_t> sleeping_{0};  ///< threads that a change of the state must wake
   std::atomic<bool> ending_{false};
   std::vector<std::jthread> threads_;  ///< last, so that they are joined while the rest is still there
 };

@@ -41,22 +41,24 @@ std::vector<Wave> coverage() {
   return waves;
 }
 
-AMatrix<float> directBeam(const std::vector<Wave>& waves, std::size_t order, Shape shape) {
-  AMatrix<float> beam(shape.rows, shape.columns);
+std::vector<AMatrix<float>> directBeams(const std::vector<Wave>& waves, std::size_t count, Shape shape) {
+  std::vector<AMatrix<float>> beams(count, AMatrix<float>(shape.rows, shape.columns));
   const std::int64_t middleRow = shape.rows / 2;
   const std::int64_t middleColumn = shape.columns / 2;
   for (std::uint32_t row = 0; row < shape.rows; ++row) {
     for (std::uint32_t column = 0; column < shape.columns; ++column) {
       const auto y = static_cast<double>(row - middleRow);
       const auto x = static_cast<double>(column - middleColumn);
-      double sum = 0.0;
-      for (const Wave& wave : waves)
-        sum += std::pow(wave.f, static_cast<double>(order)) *
-               std::cos(kTwoPi * (1.0 + wave.f) * (wave.u * x + wave.v * y));
-      beam(row, column) = static_cast<float>(sum / static_cast<double>(waves.size()));
+      std::vector<double> sums(count, 0.0);
+      for (const Wave& wave : waves) {
+        double term = std::cos(kTwoPi * (1.0 + wave.f) * (wave.u * x + wave.v * y));
+        for (std::size_t order = 0; order < count; ++order, term *= wave.f) sums[order] += term;
+      }
+      for (std::size_t order = 0; order < count; ++order)
+        beams[order](row, column) = static_cast<float>(sums[order] / static_cast<double>(waves.size()));
     }
   }
-  return beam;
+  return beams;
 }
 
 }  // namespace
@@ -86,8 +88,8 @@ CleanProblem randomProblem(std::int32_t terms, Shape map, Shape beam, unsigned s
 CleanProblem sourceProblem(std::int32_t terms, Shape map, const std::vector<Source>& sources) {
   const std::vector<Wave> waves = coverage();
   CleanProblem problem;
-  for (std::int32_t m = 0; m < 2 * terms - 1; ++m)
-    problem.beams.push_back(directBeam(waves, static_cast<std::size_t>(m), {2 * map.rows, 2 * map.columns}));
+  problem.beams =
+      directBeams(waves, static_cast<std::size_t>(2 * terms - 1), {2 * map.rows, 2 * map.columns});
   for (std::int32_t k = 0; k < terms; ++k) {
     AMatrix<float>& dirty = problem.maps.emplace_back(map.rows, map.columns);
     for (std::uint32_t row = 0; row < map.rows; ++row) {

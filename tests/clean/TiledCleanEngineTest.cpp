@@ -2,22 +2,17 @@
 #include <gtest/gtest.h>
 #include <hwy/highway.h>
 
-#include <atomic>
 #include <cmath>
-#include <cstring>
-#include <functional>
 #include <limits>
-#include <memory>
 #include <random>
 #include <string>
 #include <tuple>
-#include <utility>
 #include <vector>
 
 #include "clean/CleanEngineChoice.h"
 #include "clean/CleanProblem.h"
+#include "clean/CleanTrace.h"
 #include "clean/CleanWorker.h"
-#include "clean/PlainCleanEngine.h"
 #include "clean/TiledCleanEngine.h"
 
 namespace lumo {
@@ -25,103 +20,16 @@ namespace {
 
 using test::CleanProblem;
 using test::EngineInput;
+using test::expectSameRun;
 using test::flatMap;
+using test::noisySky;
+using test::parametersOf;
+using test::plainRun;
 using test::Shape;
-
-/// Everything that a run shows: each iteration's report, the increments through the components, the maps.
-class Trace : private CleanObserver {
- public:
-  /// @param hook called after each iteration; a return of true stops the run.
-  using Hook = std::function<bool(ABCleanEngine&, const CleanProgress&)>;
-
-  template <typename Engine, typename... More>
-  static Trace of(const CleanProblem& problem, const CleanParameters& parameters, const Hook& hook,
-                  const More&... more) {
-    Trace trace(problem);
-    Engine engine(trace.input_->residuals, trace.input_->beams, parameters, more...);
-    trace.run(engine, hook);
-    if constexpr (std::is_same_v<Engine, TiledCleanEngine>) {
-      trace.tiled = engine.tiled();
-      trace.pixelsSearched = engine.pixelsSearched();
-    }
-    return trace;
-  }
-
-  std::vector<CleanProgress> seen;
-  std::vector<AMatrix<float>> residuals;
-  std::vector<AMatrix<float>> components;
-  double totalFlux = 0.0;
-  int result = -1;
-  bool tiled = false;
-  std::int64_t pixelsSearched = 0;
-
- private:
-  explicit Trace(const CleanProblem& problem) : input_(std::make_unique<EngineInput>(problem)) {}
-
-  void run(ABCleanEngine& engine, const Hook& hook) {
-    engine_ = &engine;
-    hook_ = hook;
-    result = engine.Run(stop_, this);
-    for (const AMatrix<float>* map : input_->residuals) residuals.push_back(*map);
-    for (const AMatrix<float>& map : engine.components()) components.push_back(map);
-    totalFlux = engine.totalFlux();
-  }
-  void iterationDone(const CleanProgress& progress) override {
-    seen.push_back(progress);
-    if (hook_ && hook_(*engine_, progress)) stop_ = 1;
-  }
-
-  std::unique_ptr<EngineInput> input_;
-  ABCleanEngine* engine_ = nullptr;
-  Hook hook_;
-  struct Flag : std::atomic<int> {
-    Flag() : std::atomic<int>(0) {}
-    Flag(Flag&& other) noexcept : std::atomic<int>(other.load()) {}
-    using std::atomic<int>::operator=;
-  } stop_;
-};
-
-CleanParameters parametersOf(std::int32_t iterations, double gain, bool nonNegative = false,
-                             bool variableGain = false) {
-  CleanParameters parameters;
-  parameters.iterations = iterations;
-  parameters.gain = gain;
-  parameters.nonNegative = nonNegative;
-  parameters.variableGain = variableGain;
-  return parameters;
-}
-
-bool sameBits(double a, double b) {
-  return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
-void expectSameRun(const Trace& plain, const Trace& fast, const std::string& what) {
-  EXPECT_EQ(fast.result, plain.result) << what;
-  ASSERT_EQ(fast.seen.size(), plain.seen.size()) << what;
-  for (std::size_t n = 0; n < plain.seen.size(); ++n) {
-    const CleanProgress& a = plain.seen[n];
-    const CleanProgress& b = fast.seen[n];
-    ASSERT_TRUE(a.found == b.found && a.row == b.row && a.column == b.column && sameBits(a.gain, b.gain) &&
-                sameBits(a.score, b.score) && sameBits(a.totalFlux, b.totalFlux))
-        << what << ": iteration " << n + 1 << " took (" << b.row << ", " << b.column << ") with score "
-        << b.score << ", the plain engine (" << a.row << ", " << a.column << ") with " << a.score;
-  }
-  EXPECT_TRUE(sameBits(fast.totalFlux, plain.totalFlux)) << what;
-  for (std::size_t k = 0; k < plain.residuals.size(); ++k) {
-    EXPECT_TRUE(test::sameBits(fast.residuals[k], plain.residuals[k])) << what << ": residual " << k;
-    EXPECT_TRUE(test::sameBits(fast.components[k], plain.components[k])) << what << ": component " << k;
-  }
-}
-
-Trace plainRun(const CleanProblem& problem, const CleanParameters& parameters,
-               const Trace::Hook& hook = nullptr) {
-  return Trace::of<PlainCleanEngine>(problem, parameters, hook);
-}
-
-Trace tiledRun(const CleanProblem& problem, const CleanParameters& parameters, const CleanTiling& tiling = {},
-               const Trace::Hook& hook = nullptr) {
-  return Trace::of<TiledCleanEngine>(problem, parameters, hook, tiling);
-}
+using test::TargetGuard;
+using test::tiledRun;
+using test::tilingOf;
+using test::Trace;
 
 /// Compares the run with the plain one, and checks that at its end the tiles were in use or not.
 void expectSame(const CleanProblem& problem, const CleanParameters& parameters, const CleanTiling& tiling,
@@ -131,48 +39,6 @@ void expectSame(const CleanProblem& problem, const CleanParameters& parameters, 
   expectSameRun(plainRun(problem, parameters), fast, what);
 }
 
-CleanTiling tilingOf(std::uint32_t rows, std::uint32_t columns, int threads = 1) {
-  CleanTiling tiling;
-  tiling.threads = threads;
-  tiling.rows = rows;
-  tiling.columns = columns;
-  return tiling;
-}
-
-/// Sources in a crowded corner and a lone one, with noise in every term.
-CleanProblem sky(std::int32_t terms, Shape map, double noise = 0.01) {
-  std::mt19937 random(77);
-  std::vector<test::Source> sources;
-  for (std::uint32_t i = 0; i < 12; ++i) {
-    test::Source source{(7 * i * i + 3) % (map.rows / 3), (5 * i + 2) % (map.columns / 2), {}};
-    for (std::int32_t j = 0; j < terms; ++j)
-      source.values.push_back((j % 2 == 0 ? 1.0 : -0.6) / (1.0 + i + j));
-    sources.push_back(source);
-  }
-  sources.push_back(
-      {map.rows - 2, map.columns - 1, std::vector<double>(static_cast<std::size_t>(terms), 0.4)});
-  CleanProblem problem = test::sourceProblem(terms, map, sources);
-  std::normal_distribution<float> normal(0.0F, static_cast<float>(noise));
-  for (AMatrix<float>& matrix : problem.maps)
-    for (std::size_t i = 0; i < matrix.size(); ++i) matrix.data()[i] += normal(random);
-  return problem;
-}
-
-/// Restores the instruction sets in use.
-class TargetGuard {
- public:
-  explicit TargetGuard(std::int64_t target) { choose(target); }
-  TargetGuard(const TargetGuard&) = delete;
-  TargetGuard& operator=(const TargetGuard&) = delete;
-  ~TargetGuard() { choose(0); }
-
- private:
-  static void choose(std::int64_t targets) {
-    hwy::SetSupportedTargetsForTest(targets);
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-  }
-};
-
 using Case = std::tuple<int, double, int>;
 
 class TiledCleanEngineBits : public testing::TestWithParam<Case> {};
@@ -180,7 +46,7 @@ class TiledCleanEngineBits : public testing::TestWithParam<Case> {};
 TEST_P(TiledCleanEngineBits, EqualThoseOfThePlainEngineOnASkyOfSources) {
   const auto [terms, gain, flags] = GetParam();
   // 61 columns are no multiple of any vector, nor of the tiles.
-  const CleanProblem problem = sky(terms, {47, 61});
+  const CleanProblem problem = noisySky(terms, {47, 61});
   expectSame(problem, parametersOf(1500, gain, (flags & 1) != 0, (flags & 2) != 0), tilingOf(5, 24), true);
 }
 
@@ -210,7 +76,7 @@ TEST(TiledCleanEngineTest, EqualsThePlainEngineWithEveryInstructionSet) {
   const std::vector<std::int64_t> targets = hwy::SupportedAndGeneratedTargets();
   ASSERT_FALSE(targets.empty());
   for (std::int32_t terms = 1; terms <= 4; ++terms) {
-    const CleanProblem problem = sky(terms, {20, 45});
+    const CleanProblem problem = noisySky(terms, {20, 45});
     for (const bool nonNegative : {false, true}) {
       const Trace plain = plainRun(problem, parametersOf(400, 0.2, nonNegative));
       for (const std::int64_t target : targets) {
@@ -223,7 +89,7 @@ TEST(TiledCleanEngineTest, EqualsThePlainEngineWithEveryInstructionSet) {
 }
 
 TEST(TiledCleanEngineTest, ResultDoesNotDependOnTheNumberOfThreads) {
-  const CleanProblem problem = sky(2, {48, 64});
+  const CleanProblem problem = noisySky(2, {48, 64});
   for (const bool nonNegative : {false, true}) {
     const Trace plain = plainRun(problem, parametersOf(1500, 0.1, nonNegative));
     for (const int threads : {1, 2, 3, 8})
@@ -234,21 +100,21 @@ TEST(TiledCleanEngineTest, ResultDoesNotDependOnTheNumberOfThreads) {
 
 TEST(TiledCleanEngineTest, EqualsThePlainEngineDeepInTheNoise) {
   for (std::int32_t terms = 1; terms <= 4; ++terms) {
-    const CleanProblem problem = sky(terms, {40, 56}, 0.3);
+    const CleanProblem problem = noisySky(terms, {40, 56}, 0.3);
     for (const bool nonNegative : {false, true})
       expectSame(problem, parametersOf(4000, 0.1, nonNegative), tilingOf(4, 16), true, std::to_string(terms));
   }
 }
 
 TEST(TiledCleanEngineTest, TilesOfAFaintPartOfTheMapAreSeldomSearched) {
-  const CleanProblem problem = sky(2, {64, 96}, 0.0);
+  const CleanProblem problem = noisySky(2, {64, 96}, 0.0);
   const Trace fast = tiledRun(problem, parametersOf(300, 0.1), tilingOf(4, 16));
   ASSERT_TRUE(fast.tiled);
   EXPECT_LT(fast.pixelsSearched, 300 * 64 * 96 / 3);
 }
 
 TEST(TiledCleanEngineTest, EqualsThePlainEngineAcrossTheTurnOfTheVariableGain) {
-  const CleanProblem problem = sky(2, {12, 21}, 0.1);
+  const CleanProblem problem = noisySky(2, {12, 21}, 0.1);
   for (const bool nonNegative : {false, true})
     expectSame(problem, parametersOf(7200, 0.05, nonNegative, true), tilingOf(3, 8), true);
 }
@@ -296,17 +162,17 @@ TEST(TiledCleanEngineTest, AllZeroMapsTakeTheLastPixelAndStayZero) {
 }
 
 TEST(TiledCleanEngineTest, NegativeMapsWithTheConstraintLeaveOnlyScoresOfTheOtherTerms) {
-  CleanProblem problem = sky(2, {24, 40});
+  CleanProblem problem = noisySky(2, {24, 40});
   for (std::size_t i = 0; i < problem.maps[0].size(); ++i)
     problem.maps[0].data()[i] = -1.0F - std::fabs(problem.maps[0].data()[i]);
   expectSame(problem, parametersOf(500, 0.4, true), tilingOf(4, 16), true);
-  CleanProblem single = sky(1, {24, 40});
+  CleanProblem single = noisySky(1, {24, 40});
   single.maps[0] = flatMap({24, 40}, -1.0F);
   expectSame(single, parametersOf(100, 0.4, true), tilingOf(4, 16), true);
 }
 
 TEST(TiledCleanEngineTest, TinyValuesEqualThePlainEngine) {
-  CleanProblem problem = sky(2, {16, 40});
+  CleanProblem problem = noisySky(2, {16, 40});
   for (AMatrix<float>& map : problem.maps)
     for (std::size_t i = 0; i < map.size(); ++i) map.data()[i] *= 1e-40F;
   for (const bool nonNegative : {false, true})
@@ -372,7 +238,7 @@ TEST(TiledCleanEngineTest, RunThatGrowsWithoutEndEndsAsThatOfThePlainEngine) {
 }
 
 TEST(TiledCleanEngineTest, SettledMapsOfAnyIterationAreThoseOfThePlainEngine) {
-  const CleanProblem problem = sky(2, {24, 40});
+  const CleanProblem problem = noisySky(2, {24, 40});
   for (const bool nonNegative : {false, true}) {
     std::vector<AMatrix<float>> expected;
     const CleanParameters parameters = parametersOf(700, 0.1, nonNegative);
@@ -400,7 +266,7 @@ TEST(TiledCleanEngineTest, SettledMapsOfAnyIterationAreThoseOfThePlainEngine) {
 }
 
 TEST(TiledCleanEngineTest, StoppedRunLeavesTheMapsOfItsLastIteration) {
-  const CleanProblem problem = sky(3, {24, 40});
+  const CleanProblem problem = noisySky(3, {24, 40});
   const auto stopAt100 = [](ABCleanEngine&, const CleanProgress& progress) {
     return progress.iteration == 100;
   };
@@ -412,7 +278,7 @@ TEST(TiledCleanEngineTest, StoppedRunLeavesTheMapsOfItsLastIteration) {
 }
 
 TEST(TiledCleanEngineTest, PausedWorkerShowsTheMapsOfItsIteration) {
-  const CleanProblem problem = sky(2, {24, 40});
+  const CleanProblem problem = noisySky(2, {24, 40});
   EngineInput input(problem);
   TiledCleanEngine engine(input.residuals, input.beams, parametersOf(50, 0.1), tilingOf(4, 16));
   CleanWorker worker(engine);
