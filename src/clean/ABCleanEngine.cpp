@@ -23,7 +23,8 @@ int ABCleanEngine::Run(const std::atomic<int>& stop, CleanObserver* observer) {
     if (everFound) apply(step);
     iterationsDone_ = static_cast<std::int32_t>(n);
     if (observer != nullptr)
-      observer->iterationDone({iterationsDone_, totalFlux_, gain, found, step.row, step.column, step.score});
+      observer->iterationDone(
+          {iterationsDone_, totalFlux_, gain, found, step.row, step.column, step.score, step.residual});
   }
   settle();
   return 1;

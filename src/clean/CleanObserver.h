@@ -15,7 +15,8 @@ struct CleanProgress {
   bool found = false;
   std::uint32_t row = 0;
   std::uint32_t column = 0;
-  double score = 0.0;  ///< drop of the beam-weighted residual norm by the step, map units squared
+  double score = 0.0;     ///< drop of the beam-weighted residual norm by the step, map units squared
+  double residual = 0.0;  ///< of term 0 at the pixel before the step, map units
 };
 
 /// Told about every iteration of an engine, on the thread that runs it, between two iterations. It is part of

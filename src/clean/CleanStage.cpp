@@ -37,6 +37,10 @@ Status checkOneSize(const APtrArray<AMatrix<float>*>& maps, const AObjArray<std:
 
 }  // namespace
 
+const char* cleanEndText(const CleanReport& report) {
+  return report.stopped ? "stopped by the user" : "all iterations done";
+}
+
 CleanStage::CleanStage(CleanInput input) : input_(std::move(input)) {}
 
 CleanReport CleanStage::Run(CleanWatcher& watcher, CleanObserver* observer) {
@@ -123,7 +127,13 @@ Status CleanStage::clean(ABCleanEngine& engine, CleanWatcher& watcher, CleanObse
   return worker.status();
 }
 
+void CleanStage::tellHistory() {
+  header_.history.push_back("CLEAN.ITERATIONS = " + toStr(report_.iterations));
+  header_.history.push_back(std::string("CLEAN.ENDED = ") + cleanEndText(report_));
+}
+
 void CleanStage::writeProducts(const ABCleanEngine& engine) {
+  tellHistory();
   write(residualName(input_.folder, input_.prefix), *residuals_[0]);
   for (std::int32_t k = 0; k < engine.terms(); ++k) {
     AMatrix<float> restored;

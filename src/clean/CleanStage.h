@@ -56,9 +56,13 @@ struct CleanReport {
   CleanSeconds seconds;
 };
 
+/// Why the CLEAN ended, as histories and summaries tell it.
+[[nodiscard]] const char* cleanEndText(const CleanReport& report);
+
 /// The CLEAN of a run from its dirty maps and beams to its products: loads the files, makes the restoring
 /// beam, lets a watcher run the engine's worker, then writes the residual of term 0 and, for every term, the
-/// restored map without and with residuals. Every product carries the first dirty map's header and ranges.
+/// restored map without and with residuals. Every product carries the first dirty map's header and ranges,
+/// and in its history how many iterations were done and why it ended.
 ///
 /// A stopped CLEAN writes the products of the iterations it did. Input that cannot be read or does not fit
 /// together (counts, sizes) ends the stage before anything is written. Memory: 2 N maps, 2 N - 1 beams and
@@ -78,6 +82,7 @@ class CleanStage {
   [[nodiscard]] Status loadInto(const std::string& name, APtrArray<AMatrix<float>*>& maps, LoadedMap& file);
   [[nodiscard]] Status checkSizes() const;
   [[nodiscard]] Status clean(ABCleanEngine& engine, CleanWatcher& watcher, CleanObserver* observer);
+  void tellHistory();
   void writeProducts(const ABCleanEngine& engine);
   void write(const std::string& name, const AMatrix<float>& map);
 

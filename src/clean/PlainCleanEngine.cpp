@@ -66,6 +66,7 @@ bool PlainCleanEngine::searchTerms(double gain, CleanStep& step) {
       step.row = row;
       step.column = column;
       step.score = score;
+      step.residual = static_cast<double>(residuals()[0]->data()[offset]);
       for (std::int32_t j = 0; j < count; ++j)
         step.increments[static_cast<std::size_t>(j)] = gain * a[j] - factor * v[j];
     }

@@ -326,6 +326,7 @@ void TiledCleanEngine::fillStep(const CleanTileBest& best, double gain, CleanSte
   step.row = static_cast<std::uint32_t>(offset / maps_.mapColumns);
   step.column = static_cast<std::uint32_t>(offset % maps_.mapColumns);
   step.score = best.score;
+  step.residual = static_cast<double>(maps_.maps[0][offset]);
   for (std::int32_t j = 0; j < count; ++j)
     step.increments[static_cast<std::size_t>(j)] = gain * a[j] - factor * beamMatrix().constraint()[j];
 }

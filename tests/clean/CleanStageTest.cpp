@@ -218,6 +218,23 @@ TEST_F(CleanStageTest, StoppedCleanWritesTheProductsOfTheIterationsDone) {
   expectProductsAfter(1);
 }
 
+TEST_F(CleanStageTest, HistoryOfEveryProductTellsHowManyIterationsWereDoneAndWhyNoMore) {
+  givenSources(1);
+  ASSERT_TRUE(run().status.ok());
+  for (const char* const suffix : {"^residual0.exm", "^cln0.exm", "^cln_res0.exm"}) {
+    LoadedMap map;
+    ASSERT_TRUE(readMap(temp_.file(std::string("MFS") + suffix), map).ok());
+    EXPECT_THAT(map.header.history,
+                testing::IsSupersetOf({"CLEAN.ITERATIONS = 25", "CLEAN.ENDED = all iterations done"}));
+  }
+  cancel_ = 1;
+  ASSERT_TRUE(run().status.ok());
+  LoadedMap map;
+  ASSERT_TRUE(readMap(temp_.file("MFS^cln0.exm"), map).ok());
+  EXPECT_THAT(map.header.history,
+              testing::IsSupersetOf({"CLEAN.ITERATIONS = 0", "CLEAN.ENDED = stopped by the user"}));
+}
+
 TEST_F(CleanStageTest, CancelBeforeTheFirstIterationStillWritesTheProducts) {
   givenSources(1);
   cancel_ = 1;

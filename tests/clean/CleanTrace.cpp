@@ -51,7 +51,8 @@ void expectSameRun(const Trace& plain, const Trace& fast, const std::string& wha
     const CleanProgress& a = plain.seen[n];
     const CleanProgress& b = fast.seen[n];
     ASSERT_TRUE(a.found == b.found && a.row == b.row && a.column == b.column && sameBits(a.gain, b.gain) &&
-                sameBits(a.score, b.score) && sameBits(a.totalFlux, b.totalFlux))
+                sameBits(a.score, b.score) && sameBits(a.residual, b.residual) &&
+                sameBits(a.totalFlux, b.totalFlux))
         << what << ": iteration " << n + 1 << " took (" << b.row << ", " << b.column << ") with score "
         << b.score << ", the plain engine (" << a.row << ", " << a.column << ") with " << a.score;
   }
