@@ -83,21 +83,27 @@ class FootprintAdder : public PointAdder {
     const Footprint columns((s.u + g.uMax) * g.perDu + 0.5, g.nx, supportU_, g.columns);
     const Footprint rows((s.v + g.vMax) * g.perDv + 0.5, 0, supportV_, g.rows);
     if (columns.first > columns.last || rows.first > rows.last) return;
-    if (scratch.size() < static_cast<std::size_t>(g.columns))
-      scratch.resize(static_cast<std::size_t>(g.columns));
+    const auto width = static_cast<std::size_t>(columns.last - columns.first) + 1;
+    if (scratch.size() < 2 * width) scratch.resize(2 * width);
     double* const terms = scratch.data();
-    for (std::int32_t column = columns.first; column <= columns.last; ++column)
-      terms[column] = kernel_.termX(column * g.du - s.u);
-    const int parts = grid.parts();
+    double* const values = scratch.data() + width;
+    for (std::size_t i = 0; i < width; ++i)
+      terms[i] = kernel_.termX((columns.first + static_cast<std::int32_t>(i)) * g.du - s.u);
     const WorkGrid::Layout layout = grid.layout();
+    const int parts = grid.parts();
     for (std::int32_t row = rows.first; row <= rows.last; ++row) {
       const double termY = kernel_.termY(row * g.dv - g.vMax - s.v);
-      for (std::int32_t column = columns.first; column <= columns.last; ++column) {
-        const std::uint32_t cell = layout.cell(row, column);
-        if (parts > 1 && WorkGrid::partOf(cell, parts) != part) continue;
-        const double k = kernel_.value(terms[column], termY);
+      // The functions that kernels call leave no register alone: all calls first, then all sums.
+      for (std::size_t i = 0; i < width; ++i) {
+        const std::uint32_t cell = layout.cell(row, columns.first + static_cast<std::int32_t>(i));
+        const bool mine = parts == 1 || WorkGrid::partOf(cell, parts) == part;
+        values[i] = mine ? kernel_.value(terms[i], termY) : 0.0;
+      }
+      for (std::size_t i = 0; i < width; ++i) {
+        const double k = values[i];
         // Adding 0 · weight would change no sum: the cell stays untouched and takes no memory.
         if (k == 0) continue;
+        const std::uint32_t cell = layout.cell(row, columns.first + static_cast<std::int32_t>(i));
         const double kw = k * s.weight;
         grid.cell(cell, part).add(k, kw, kw * s.re, kw * s.im);
       }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "io/AStokesMix.h"
 
-
 #include "core/LittleEndian.h"
 #include "io/UvxLayout.h"
 
