@@ -9,6 +9,7 @@
 #include <span>
 #include <system_error>
 
+#include "clean/CleanRecord.h"
 #include "clean/HeadlessCleanWatcher.h"
 #include "cli/Console.h"
 #include "cli/Interrupt.h"
@@ -40,7 +41,7 @@ void RunCommand::declare(CLI::App& program) {
   command->add_option(
       "--from", from_,
       "MAP: run again what made this map, on the inputs in its history or, where they have "
-      "moved, on the files given; no other option but --folder, --prefix, --threads and --json");
+      "moved, on the files given; no other option but --folder, --prefix, --threads, --log and --json");
   command->add_option("--folder", parameters_.folder, "work folder; made when missing")->required();
   command->add_option("--prefix", parameters_.prefix, "start of the products' names")->capture_default_str();
   command->add_option("--reference", reference_, "reference frequency, MHz, or 'center'")
@@ -56,6 +57,12 @@ void RunCommand::declare(CLI::App& program) {
       ->capture_default_str();
   command->add_option("--index-min", parameters_.indexMin, "index map: lowest value")->capture_default_str();
   command->add_option("--index-max", parameters_.indexMax, "index map: highest value")->capture_default_str();
+  command->add_flag(
+      "--fast-clean", parameters_.fastClean,
+      "round once where CLEAN may: up to twice as fast; gives up the last bits, and of two peaks "
+      "equal within rounding either may come first");
+  command->add_flag("--index-error", parameters_.indexError,
+                    "also map the standard deviation of the spectral index");
   command
       ->add_option("--select", selections_, "FILE_NUMBER:ID[,ID...] or FILE_NUMBER:none; files count from 1")
       ->expected(1)
@@ -66,6 +73,8 @@ void RunCommand::declare(CLI::App& program) {
   command->add_option("--threads", threads_, "threads at most, 0: all cores; the products are the same")
       ->capture_default_str()
       ->check(CLI::NonNegativeNumber);
+  command->add_option("--log", log_,
+                      "FILE: also write how the CLEAN went on, a line an iteration, thinned to 2000");
   command->add_flag("--json", json_, "print one JSON object");
 }
 
@@ -93,6 +102,7 @@ Status RunCommand::prepare() {
   Status status = takeImagingOptions();
   if (status.ok()) status = checkOptionsHaveEffect();
   if (status.ok()) status = imaging_.validate();
+  if (status.ok()) status = checkLog();
   if (status.ok()) status = addFiles();
   if (status.ok()) status = applySelections();
   if (status.ok()) status = takeReference();
@@ -103,6 +113,17 @@ Status RunCommand::prepare() {
   imaging_.uvScaleV = list_.imaging().uvScaleV;
   list_.imaging() = imaging_;
   return makeFolder();
+}
+
+Status RunCommand::checkLog() const {
+  FileIdentity log;
+  if (log_.empty() || !identifyFile(log_, log)) return {};
+  for (const std::string& file : files_) {
+    FileIdentity input;
+    if (identifyFile(file, input) && input == log)
+      return wrongUsage("--log " + log_ + " is an input of the run");
+  }
+  return {};
 }
 
 Status RunCommand::addFiles() {
@@ -220,8 +241,12 @@ int RunCommand::run() {
       company.acceptInputs = [this](const std::vector<InputFileFacts>& facts) {
         return compareInputs(recalled_, files_, facts);
       };
+    CleanRecord record;
+    if (!log_.empty()) company.cleanObserver = &record;
     report = RunDriver(company).Run(parameters_, list_);
     imaging_ = list_.imaging();
+    if (!record.lines().empty())
+      if (const Status written = record.write(log_); report.status.ok()) report.status = written;
   }
   if (!areTermsTold(report)) complain(std::string("warning: ") + termsNotToldText());
   if (json_)

@@ -31,6 +31,8 @@ class RunCommand final : public Command {
   [[nodiscard]] Status takeImagingOptions();
   [[nodiscard]] Status checkOptionsHaveEffect() const;
   [[nodiscard]] Status makeFolder() const;
+  /// The log must not take the place of an input.
+  [[nodiscard]] Status checkLog() const;
   /// The same as prepare() for a run that is taken from the history of a map.
   [[nodiscard]] Status prepareFrom();
   [[nodiscard]] Status checkFromStandsAlone() const;
@@ -47,6 +49,7 @@ class RunCommand final : public Command {
   std::string from_;
   RecalledRun recalled_;
   const CLI::App* command_ = nullptr;
+  std::string log_;
   int threads_ = 0;
   bool json_ = false;
   UvxFileList list_;

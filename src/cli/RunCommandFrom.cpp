@@ -39,8 +39,8 @@ void tellOtherVersion(const std::vector<std::string>& history) {
 }  // namespace
 
 Status RunCommand::checkFromStandsAlone() const {
-  constexpr std::array<std::string_view, 7> kAllowed = {"files",     "--from", "--folder", "--prefix",
-                                                        "--threads", "--json", "--help"};
+  constexpr std::array<std::string_view, 8> kAllowed = {"files", "--from",    "--folder", "--prefix",
+                                                        "--log", "--threads", "--json",   "--help"};
   for (const CLI::Option* const option : command_->get_options()) {
     if (option->count() == 0) continue;
     const std::string name = option->get_name();
@@ -87,7 +87,8 @@ Status RunCommand::prepareFrom() {
                                            " input files; give as many, in the same order, or none"};
   }
   imaging_ = recalled_.imaging;
-  status = addFiles();
+  status = checkLog();
+  if (status.ok()) status = addFiles();
   if (status.ok()) status = recallSelections(recalled_, list_);
   if (status.ok()) status = imaging_.validate();
   if (status.ok()) status = problemStatus(validateRunParameters(parameters_, list_.frequencies()));

@@ -24,6 +24,8 @@ Json settingsJson(const RunSettings& settings) {
           {"threshold", p.indexThreshold},
           {"index_min", p.indexMin},
           {"index_max", p.indexMax},
+          {"fast_clean", p.fastClean},
+          {"index_error", p.indexError},
           {"half_size", {m.halfSizeX, m.halfSizeY}},
           {"uv_limit", {m.uvLimitU, m.uvLimitV}},
           {"uv_scale", {finiteOrNull(m.uvScaleU), finiteOrNull(m.uvScaleV)}},

@@ -11,7 +11,7 @@ namespace lumo {
 class AMapFile;
 
 /// What kind of values a map holds; becomes BTYPE.
-enum class MapKind { kIntensity, kBeam, kSpectralIndex };
+enum class MapKind { kIntensity, kBeam, kSpectralIndex, kSpectralIndexError };
 
 /// How the pixels of an image file run over its map: line after line, each from its first pixel. The files of
 /// this program have the default.

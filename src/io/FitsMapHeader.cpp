@@ -132,7 +132,7 @@ void readBeam(const FitsCards& cards, AMapHeader& header) {
 
 MapKind readKind(const FitsCards& cards) {
   const std::string type = cards.text("BTYPE").value_or("");
-  for (const MapKind kind : {MapKind::kBeam, MapKind::kSpectralIndex})
+  for (const MapKind kind : {MapKind::kBeam, MapKind::kSpectralIndex, MapKind::kSpectralIndexError})
     if (type == fitsKind(kind)) return kind;
   return MapKind::kIntensity;
 }

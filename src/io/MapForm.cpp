@@ -76,6 +76,8 @@ const char* fitsKind(MapKind kind) {
       return "Beam";
     case MapKind::kSpectralIndex:
       return "Spectral Index";
+    case MapKind::kSpectralIndexError:
+      return "Spectral Index Error";
   }
   return "Intensity";
 }

@@ -40,6 +40,10 @@ namespace lumo {
 [[nodiscard]] inline std::string indexName(const std::string& folder, const std::string& prefix) {
   return folder + prefix + "^sindex.exm";
 }
+/// Standard deviation of the spectral index.
+[[nodiscard]] inline std::string indexErrorName(const std::string& folder, const std::string& prefix) {
+  return folder + prefix + "^sindex_err.exm";
+}
 /// Text file with the frequency range.
 [[nodiscard]] inline std::string freqRangeName(const std::string& folder, const std::string& prefix) {
   return folder + prefix + "^freqrange.txt";

@@ -138,6 +138,8 @@ std::vector<std::string> oldProductPaths(const RunParameters& p) {
   // Without the "^" of today's names: an index map of an earlier run stays until it is replaced.
   paths.push_back(p.folder + p.prefix + "sindex.exm");
   paths.push_back(p.folder + p.prefix + "residual0.exm");
+  // An error map would stand beside an index map that it does not belong to.
+  paths.push_back(indexErrorName(p.folder, p.prefix));
   return paths;
 }
 

@@ -19,7 +19,8 @@ struct InputFileFacts {
   std::uint32_t crc = 0;  ///< CRC-32 of the whole file
 };
 
-/// The paths that a run removes before it starts: the maps and beams of indices 0..19, and two names of old.
+/// The paths that a run removes before it starts: the maps and beams of indices 0..19, two names of old,
+/// and the error map of the spectral index.
 [[nodiscard]] std::vector<std::string> oldProductPaths(const RunParameters& parameters);
 /// Removes them, ignoring failures.
 void removeOldProducts(const RunParameters& parameters);

@@ -16,6 +16,7 @@
 #include "io/AUVXFile.h"
 #include "io/ProductNames.h"
 #include "run/RunHistory.h"
+#include "run/SpectralIndexError.h"
 #include "run/SpectralIndexMap.h"
 
 namespace lumo {
@@ -91,6 +92,7 @@ Status RunDriver::image(const ABMakeParameters& imaging) {
   LumoMakeWork work(parameters_.order);
   work.setReferenceFrequency(parameters_.referenceMhz * kMegahertz);
   work.setBandwidth(report_.survey.maxHz - report_.survey.minHz);
+  work.setThreads(company_.threads);
   work.setHistory(runHistory(parameters_, imaging, inputs_, facts_));
   work.SetInputs(&imaging, inputs_);
   for (std::int32_t i = 0; i < work.beamCount(); ++i) {
@@ -122,6 +124,7 @@ Status RunDriver::clean() {
                       .variableGain = parameters_.variableGain};
   input.priority = company_.priority;
   input.threads = company_.threads;
+  if (parameters_.fastClean) input.engine = CleanEngineKind::kMerged;
   CleanStage stage(std::move(input));
   const CleanReport cleaned = stage.Run(*company_.clean, company_.cleanObserver);
   report_.iterations = cleaned.iterations;
@@ -159,8 +162,30 @@ void RunDriver::finishIndexMap() {
                                   parameters_.indexMax)
           : Status(StatusCode::kNotFound, "cannot be made: a CLEAN map it needs was not written");
   addProduct(paths.index, status);
+  const Status errorStatus = finishErrorMap();
   addPhase("index", watch.seconds());
-  if (status.ok()) company_.indicators.setText("Success");
+  if (status.ok() && errorStatus.ok()) company_.indicators.setText("Success");
+}
+
+Status RunDriver::finishErrorMap() {
+  if (!parameters_.indexError) return {};
+  const std::string& folder = parameters_.folder;
+  const std::string& prefix = parameters_.prefix;
+  SpectralIndexErrorFiles paths;
+  paths.index = indexName(folder, prefix);
+  paths.error = indexErrorName(folder, prefix);
+  paths.beams.assign(beamNames_.begin(), beamNames_.end());
+  bool written = wasWritten(paths.index);
+  for (std::int32_t k = 0; k < parameters_.order; ++k) {
+    paths.clean.push_back(cleanName(folder, prefix, k));
+    paths.withResidual.push_back(cleanResName(folder, prefix, k));
+    written = written && wasWritten(paths.clean.back()) && wasWritten(paths.withResidual.back());
+  }
+  const Status status = written
+                            ? writeSpectralIndexErrorMap(paths)
+                            : Status(StatusCode::kNotFound, "cannot be made: a map it needs was not written");
+  addProduct(paths.error, status);
+  return status;
 }
 
 void RunDriver::addPhase(const std::string& name, double seconds) {

@@ -47,7 +47,7 @@ struct RunCompany {
 ///     CLEAN: residual, CLEAN maps                        -- stopping is no failure, and a failure goes on
 ///     write the frequency range
 ///     order 1: remove an old index map
-///     else: write the index map, status text "Success"
+///     else: write the index map and, where asked for, its error map; status text "Success"
 ///
 /// The maps pass from stage to stage as files, so memory holds one stage's maps at a time. Used once.
 class RunDriver {
@@ -65,6 +65,7 @@ class RunDriver {
   Status clean();
   void writeFrequencyRange();
   void finishIndexMap();
+  Status finishErrorMap();
   void addPhase(const std::string& name, double seconds);
   void addProducts(const MapProducts& products);
   void addProduct(const std::string& path, const Status& status);

@@ -56,6 +56,9 @@ std::vector<std::string> runHistory(const RunParameters& parameters, const ABMak
   lines.add("PROGRAM", programVersion());
   const auto add = [&lines](const char* name, const auto& value) { lines.add(name, value); };
   forEachRunLine(parameters, add);
+  forEachOptionalLine(parameters, [&lines](const char* name, bool value) {
+    if (value) lines.add(name, value);
+  });
   forEachImagingLine(imaging, add);
   lines.add("NUVX", inputs.count());
   for (std::int32_t i = 0; i < inputs.count(); ++i) {

@@ -21,6 +21,14 @@ void forEachRunLine(Parameters& p, Line line) {
   line("FOLDER", p.folder);
 }
 
+/// The same for the parameters whose lines stand there only where they are 1, because histories of runs
+/// without them are to stay as they are.
+template <typename Parameters, typename Line>
+void forEachOptionalLine(Parameters& p, Line line) {
+  line("INDEXERROR", p.indexError);
+  line("FASTCLEAN", p.fastClean);
+}
+
 /// The same for every value of the imaging block.
 template <typename Block, typename Line>
 void forEachImagingLine(Block& p, Line line) {

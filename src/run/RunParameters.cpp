@@ -70,6 +70,11 @@ ParameterProblem problemOf(RunField field, const Rule& rule, const std::string& 
   return problem;
 }
 
+ParameterProblem errorMapProblem(const FrequencySurvey& survey) {
+  return {RunField::kOrder, 2, static_cast<double>(survey.number), "Enter 2 or more.",
+          "an error map of the spectral index needs 2 spectral terms or more (Order); found 1"};
+}
+
 }  // namespace
 
 const char* runFieldName(RunField field) {
@@ -110,6 +115,7 @@ ParameterProblems validateRunParameters(const RunParameters& parameters, const F
   check(RunField::kIndexMin, parameters.indexMin);
   check(RunField::kIndexMax, parameters.indexMax);
   check(RunField::kOrder, parameters.order);
+  if (parameters.indexError && parameters.order == 1) problems.push_back(errorMapProblem(survey));
   check(RunField::kGain, parameters.gain);
   check(RunField::kReference, parameters.referenceMhz);
   return problems;

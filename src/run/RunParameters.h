@@ -26,6 +26,9 @@ struct RunParameters {
   /// Prepended to the prefix as it stands, so it ends in a separator unless it is to be part of the name. The
   /// default is the character 0, which names no folder.
   std::string folder = "0";
+  /// Let CLEAN round once where it may (CleanEngineKind::kMerged): faster, without the exact engine's last bits.
+  bool fastClean = false;
+  bool indexError = false;  ///< make the error map of the spectral index too
 };
 
 /// The fields that have a rule.
@@ -51,7 +54,7 @@ using ParameterProblems = std::vector<ParameterProblem>;
 /// All values against their bounds: iterations 1..1000000; threshold 0..1; index limits any number; order
 /// 1..survey.number; gain 1e-10..2; reference above 0 and inside the surveyed range in MHz, widened at each
 /// end by 1 kHz or one unit of the sixth significant digit, whichever is larger. NaN is in no range. Empty
-/// when everything is accepted; in the order of RunField.
+/// when everything is accepted; in the order of RunField. An error map of the spectral index needs order 2.
 [[nodiscard]] ParameterProblems validateRunParameters(const RunParameters& parameters,
                                                       const FrequencySurvey& survey);
 

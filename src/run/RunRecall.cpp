@@ -59,6 +59,7 @@ class Record {
     take(name, wide, 0, 1);
     value = wide != 0;
   }
+  [[nodiscard]] bool has(const std::string& name) const { return values_.contains(name); }
   void takeCrc(const std::string& name, std::uint32_t& value) {
     constexpr std::string_view kDigits = "0123456789abcdef";
     std::string text;
@@ -109,6 +110,10 @@ Status recallRun(const std::vector<std::string>& history, RecalledRun& run) {
   Record record(history);
   const auto take = [&record](const char* name, auto& value) { record.take(name, value); };
   forEachRunLine(run.parameters, take);
+  forEachOptionalLine(run.parameters, [&record](const char* name, bool& value) {
+    value = false;
+    if (record.has(name)) record.take(name, value);
+  });
   forEachImagingLine(run.imaging, take);
   std::int64_t count = 0;
   record.take("NUVX", count, 1, static_cast<std::int64_t>(history.size()));

@@ -26,7 +26,7 @@ struct RunReport {
   /// well. A run without files is ok and has no products.
   Status status;
   /// Beams, dirty maps, residual, per term the CLEAN map and the one with residuals, frequency range, index
-  /// map. Those that an early end kept from being tried are not listed.
+  /// map, its error map. Those that an early end kept from being tried are not listed.
   std::vector<RunProduct> products;
   FrequencySurvey survey;
   PreFlight preFlight;  ///< without files when the run ended before it was made

@@ -5,6 +5,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -91,6 +92,7 @@ TEST_F(CommandLineTest, RefusedValuesExitWithTwoAndNameTheField) {
   const std::vector<std::pair<Words, std::string>> cases = {
       {{"--order", "5"}, "Order"},
       {{"--order", "0"}, "Order"},
+      {{"--order", "1", "--index-error"}, "error map of the spectral index needs 2 spectral terms"},
       {{"--iterations", "0"}, "CLEAN Iterations"},
       {{"--gain", "2.5"}, "Gain"},
       {{"--threshold", "1.5"}, "Index threshold"},
@@ -227,6 +229,19 @@ TEST_F(CommandLineTest, SameRunGivesTheSameBytesAgainAndOnAnyNumberOfThreads) {
       EXPECT_EQ(test::readFile(path) == bytes, true) << path << ", threads " << threads;
   }
   ::unsetenv("SOURCE_DATE_EPOCH");
+}
+
+TEST_F(CommandLineTest, LogTellsEveryIterationAndNeverReplacesAnInput) {
+  const Words files = simulated();
+  ASSERT_EQ(runOn(files, {"--iterations", "50", "--log", folder_.file("clean.tsv")}), 0) << err_;
+  const std::string log = test::readFile(folder_.file("clean.tsv"));
+  EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 51);
+  EXPECT_NE(log.find("\n50\t"), std::string::npos) << log;
+  const std::string before = test::readFile(files[0]);
+  EXPECT_EQ(runOn(files, {"--log", files[0]}), 2);
+  EXPECT_EQ(test::readFile(files[0]) == before, true);
+  EXPECT_EQ(runOn(files, {"--iterations", "5", "--log", folder_.file("no/folder.tsv")}), 1);
+  EXPECT_NE(err_.find("folder.tsv"), std::string::npos) << err_;
 }
 
 TEST_F(CommandLineTest, InterruptWhileCleaningStopsAndStillWritesTheProducts) {

@@ -82,6 +82,19 @@ TEST_F(RepeatRunTest, EveryProductIsTheSameToTheLastBit) {
   EXPECT_EQ(products("maps") == before, true);
 }
 
+TEST_F(RepeatRunTest, TheErrorMapIsRepeatedToo) {
+  Words words = {"run",         "--folder", folder_.file("maps"), "--iterations", "20",
+                 "--half-size", "16",       "--index-error"};
+  words.insert(words.end(), inputs_.begin(), inputs_.end());
+  ASSERT_EQ(run(words), 0) << err_;
+  const auto before = products("maps");
+  ASSERT_EQ(before.count("MFS^sindex_err.exm"), 1u);
+  fs::copy_file(folder_.file("maps/MFS^dm0.exm"), folder_.file("kept.exm"));
+  fs::remove_all(folder_.file("maps"));
+  ASSERT_EQ(run({"run", "--from", folder_.file("kept.exm"), "--folder", folder_.file("maps")}), 0) << err_;
+  EXPECT_EQ(products("maps") == before, true);
+}
+
 TEST_F(RepeatRunTest, InputsThatMovedAreGivenAnew) {
   runOnce();
   Words words = {"run",      "--from", folder_.file("kept.exm"), "--folder", folder_.file("other"),

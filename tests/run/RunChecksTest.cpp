@@ -120,8 +120,9 @@ TEST_F(RunChecksTest, AMissingWorkFolderIsRefused) {
 }
 
 TEST_F(RunChecksTest, AnInputThatIsAProductIsRefused) {
-  for (const char* name : {"MFS^dm0.exm", "MFS^cln_res19.exm", "MFS^sindex.exm", "MFS^freqrange.txt",
-                           "MFS^residual0.exm", "MFSresidual0.exm", "MFSsindex.exm", "MFS^bm2.exm"}) {
+  for (const char* name :
+       {"MFS^dm0.exm", "MFS^cln_res19.exm", "MFS^sindex.exm", "MFS^sindex_err.exm", "MFS^freqrange.txt",
+        "MFS^residual0.exm", "MFSresidual0.exm", "MFSsindex.exm", "MFS^bm2.exm"}) {
     writeUvx(work.file(name), UvxSample());
     UvxFileList own;
     ASSERT_EQ(own.AddFile(work.path() + "./" + name), 1);

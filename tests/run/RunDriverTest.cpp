@@ -164,6 +164,67 @@ TEST_F(RunDriverTest, ThresholdAndRangeOfTheIndexMapHold) {
   EXPECT_LT(kept, kRows * kColumns / 2);
 }
 
+TEST_F(RunDriverTest, FastCleanGivesTheMapsOfTheExactOneButForRounding) {
+  ASSERT_TRUE(run().status.ok());
+  const LoadedMap exact = load("^cln0.exm");
+  parameters.fastClean = true;
+  ASSERT_TRUE(run().status.ok());
+  const LoadedMap fast = load("^cln0.exm");
+  EXPECT_THAT(fast.header.history, testing::Contains("FASTCLEAN = 1"));
+  float peak = 0;
+  float difference = 0;
+  for (std::size_t i = 0; i < exact.matrix->size(); ++i) {
+    peak = std::max(peak, std::fabs(exact.matrix->data()[i]));
+    difference = std::max(difference, std::fabs(exact.matrix->data()[i] - fast.matrix->data()[i]));
+  }
+  // A millionth for a component; a restored pixel is a sum over some of them.
+  EXPECT_LE(difference, 1e-5F * peak);
+}
+
+TEST_F(RunDriverTest, AnErrorMapIsMadeWhereAskedForAndHasValuesWhereTheIndexHas) {
+  parameters.indexError = true;
+  const RunReport report = run();
+  ASSERT_TRUE(report.status.ok()) << report.status.text();
+  EXPECT_EQ(report.products.size(), 13u);
+  EXPECT_EQ(report.products.back().name, "^sindex_err.exm");
+  EXPECT_EQ(report.phases.back().first, "other");
+  EXPECT_EQ(text.last, "Success");
+  const LoadedMap index = load("^sindex.exm");
+  const LoadedMap error = load("^sindex_err.exm");
+  int kept = 0;
+  for (std::size_t i = 0; i < index.matrix->size(); ++i) {
+    EXPECT_EQ(std::isnan(error.matrix->data()[i]), std::isnan(index.matrix->data()[i])) << i;
+    if (!std::isnan(error.matrix->data()[i])) ++kept;
+  }
+  EXPECT_GT(kept, 0);
+  EXPECT_THAT(error.header.history, testing::Contains("INDEXERROR = 1"));
+}
+
+TEST_F(RunDriverTest, TheErrorMapTakesAllTermsOfARunOfThree) {
+  parameters.indexError = true;
+  parameters.order = 3;
+  const RunReport report = run();
+  ASSERT_TRUE(report.status.ok()) << report.status.text();
+  EXPECT_EQ(report.products.back().name, "^sindex_err.exm");
+}
+
+TEST_F(RunDriverTest, AnErrorMapOfAnEarlierRunIsRemoved) {
+  test::writeFile(work.file("MFS^sindex_err.exm"), "of an earlier run");
+  ASSERT_TRUE(run().status.ok());
+  EXPECT_FALSE(test::exists(work.file("MFS^sindex_err.exm")));
+}
+
+TEST_F(RunDriverTest, AnErrorMapIsNotMadeFromAMapThatWasNotWritten) {
+  parameters.indexError = true;
+  std::filesystem::create_directories(work.file("MFS^cln_res1.exm/stays"));
+  const RunReport report = run();
+  ASSERT_EQ(report.products.back().name, "^sindex_err.exm");
+  EXPECT_FALSE(report.products.back().written);
+  EXPECT_FALSE(test::exists(work.file("MFS^sindex_err.exm")));
+  EXPECT_TRUE(test::exists(work.file("MFS^sindex.exm")));
+  EXPECT_NE(text.last, "Success");
+}
+
 TEST_F(RunDriverTest, OrderOneHasNoIndexMapAndItsFrequencyLineEndsWithOne) {
   test::writeFile(work.file("MFS^sindex.exm"), "of an earlier run");
   parameters.order = 1;

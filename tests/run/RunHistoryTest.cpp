@@ -53,6 +53,15 @@ TEST(RunHistoryTest, EveryParameterReadsBackToTheSameValue) {
   EXPECT_EQ(values.size(), 1u + 11 + 20 + 1);
 }
 
+TEST(RunHistoryTest, TheErrorMapHasALineOnlyWhereItWasAskedFor) {
+  RunParameters parameters;
+  const auto without = runHistory(parameters, ABMakeParameters(), VisibilityInputs(), {});
+  parameters.indexError = true;
+  auto values = readBack(runHistory(parameters, ABMakeParameters(), VisibilityInputs(), {}));
+  EXPECT_EQ(values["INDEXERROR"], "1");
+  EXPECT_EQ(values.size(), without.size() + 1);
+}
+
 TEST(RunHistoryTest, EveryFileIsToldWithSizeChecksumAndSelections) {
   const test::TempFolder folder;
   test::UvxSample sample;

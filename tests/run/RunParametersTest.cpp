@@ -52,6 +52,19 @@ TEST(RunParametersTest, IterationsAreFromOneToAMillion) {
   }
 }
 
+TEST(RunParametersTest, AnErrorMapOfTheIndexNeedsTwoTerms) {
+  RunParameters parameters = good();
+  parameters.order = 1;
+  EXPECT_TRUE(accepts(parameters));
+  parameters.indexError = true;
+  EXPECT_EQ(refusedField(parameters), RunField::kOrder);
+  EXPECT_EQ(validateRunParameters(parameters, survey())[0].lower, 2);
+  parameters.order = 0;
+  EXPECT_EQ(refusedField(parameters), RunField::kOrder);
+  parameters.order = 2;
+  EXPECT_TRUE(accepts(parameters));
+}
+
 TEST(RunParametersTest, ThresholdIsFromZeroToOne) {
   RunParameters parameters = good();
   for (const double value : {0.0, 1.0}) {

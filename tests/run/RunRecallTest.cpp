@@ -81,6 +81,21 @@ TEST_F(RunRecallTest, EveryValueComesBackAsItWas) {
   EXPECT_EQ(run_.inputs[1].facts.crc, 0xfedcba98u);
 }
 
+TEST_F(RunRecallTest, WhatIsAskedForBesideComesBackAndIsNotThereWithoutItsLine) {
+  RunParameters parameters;
+  parameters.indexError = true;
+  parameters.fastClean = true;
+  ASSERT_TRUE(recallRun(history(parameters), run_).ok());
+  EXPECT_TRUE(run_.parameters.indexError);
+  EXPECT_TRUE(run_.parameters.fastClean);
+  ASSERT_TRUE(recallRun(history(), run_).ok());
+  EXPECT_FALSE(run_.parameters.indexError);
+  EXPECT_FALSE(run_.parameters.fastClean);
+  std::vector<std::string> lines = history(parameters);
+  lines.push_back("INDEXERROR = 0");
+  EXPECT_THAT(recallRun(lines, run_).text(), HasSubstr("more than one line INDEXERROR"));
+}
+
 TEST_F(RunRecallTest, TheHistoryOfTheRecalledRunIsTheHistory) {
   ASSERT_TRUE(recallRun(history(), run_).ok());
   std::vector<InputFileFacts> facts;
