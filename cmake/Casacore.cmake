@@ -1,5 +1,6 @@
 # Makes the targets Casacore::tables (tables and measures) and Casacore::ms (Measurement Sets, for the tests), if
-# casacore is installed. Its pkg-config file names every library that it has.
+# casacore is installed, and Casacore::images (images, for the tests), if the headers of wcslib, which casacore's
+# include, are there too. Its pkg-config file names every library that it has.
 find_path(CASACORE_INCLUDE_DIR casacore/tables/Tables/Table.h)
 mark_as_advanced(CASACORE_INCLUDE_DIR)
 set(found ${CASACORE_INCLUDE_DIR})
@@ -17,4 +18,18 @@ if(found)
       ${CASACORE_casa_LIBRARY})
   add_library(Casacore::ms INTERFACE IMPORTED)
   target_link_libraries(Casacore::ms INTERFACE ${CASACORE_ms_LIBRARY} Casacore::tables)
+  find_path(WCSLIB_INCLUDE_DIR wcslib/wcs.h)
+  mark_as_advanced(WCSLIB_INCLUDE_DIR)
+  set(imageLibraries ${WCSLIB_INCLUDE_DIR})
+  foreach(part images coordinates lattices fits scimath)
+    find_library(CASACORE_${part}_LIBRARY casa_${part})
+    mark_as_advanced(CASACORE_${part}_LIBRARY)
+    list(APPEND imageLibraries ${CASACORE_${part}_LIBRARY})
+  endforeach()
+  if(NOT "${imageLibraries}" MATCHES "NOTFOUND")
+    list(POP_FRONT imageLibraries)
+    add_library(Casacore::images INTERFACE IMPORTED)
+    target_include_directories(Casacore::images SYSTEM INTERFACE ${WCSLIB_INCLUDE_DIR})
+    target_link_libraries(Casacore::images INTERFACE ${imageLibraries} Casacore::tables)
+  endif()
 endif()

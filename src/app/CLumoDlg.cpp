@@ -9,7 +9,6 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <exception>
-#include <vector>
 
 #include "app/AppIcon.h"
 #include "app/CAboutDlg.h"
@@ -45,6 +44,7 @@ CLumoDlg::CLumoDlg(Prompts& prompts, Log& log, const std::string& storeFolder, Q
       viewers_(prompts, log) {
   setWindowTitle("Lumo");
   setWindowIcon(appIcon());
+  setAcceptDrops(true);
   connectControls();
   controls_.enable(false, false);
 }
@@ -64,7 +64,8 @@ void CLumoDlg::OnInitDialog() {
 
 void CLumoDlg::connectControls() {
   const auto on = [this](QPushButton* button, void (CLumoDlg::*handler)()) {
-    connect(button, &QPushButton::clicked, this, [this, handler] { guarded(handler); });
+    connect(button, &QPushButton::clicked, this,
+            [this, handler] { guarded([this, handler] { (this->*handler)(); }); });
   };
   on(controls_.add, &CLumoDlg::addFiles);
   on(controls_.remove, &CLumoDlg::deleteFile);
@@ -85,9 +86,9 @@ void CLumoDlg::connectControls() {
   connect(controls_.files, &QListWidget::currentRowChanged, this, [this](int row) { list_.select(row); });
 }
 
-void CLumoDlg::guarded(void (CLumoDlg::*handler)()) {
+void CLumoDlg::guarded(const std::function<void()>& handler) {
   try {
-    (this->*handler)();
+    handler();
   } catch (const std::exception& error) {
     tell("The last command failed", {StatusCode::kOutOfMemory, error.what()});
   }
@@ -116,18 +117,6 @@ void CLumoDlg::restore() {
 
 void CLumoDlg::log(const std::string& text) {
   log_.add(text);
-}
-
-void CLumoDlg::addFiles() {
-  const bool hasFolder = list_.hasFiles();
-  std::vector<std::string> paths;
-  for (const QString& name : prompts_.chooseFiles(this, hasFolder ? shown(parameters_.folder) : QString()))
-    paths.push_back(QFile::encodeName(name).toStdString());
-  if (paths.empty()) return;
-  const std::vector<Status> failures = list_.AddFiles(paths);
-  for (const Status& failure : failures) tell("Not added", failure);
-  if (failures.empty()) controls_.status->setText("");
-  showFiles();
 }
 
 void CLumoDlg::deleteFile() {
@@ -238,7 +227,7 @@ void CLumoDlg::keyPressEvent(QKeyEvent* event) {
 
 void CLumoDlg::reject() {
   if (running_) {
-    if (prompts_.confirm(this, "A run is going on. Cancel it?")) cancel_ = 1;
+    if (prompts_.confirm(this, work_ + " is going on. Cancel it?")) cancel_ = 1;
     return;
   }
   takeUnchecked(controls_.texts(), parameters_);

@@ -3,7 +3,9 @@
 
 #include <QDialog>
 #include <QElapsedTimer>
-#include <memory>
+#include <QString>
+#include <QStringList>
+#include <functional>
 #include <string>
 
 #include "app/MainControls.h"
@@ -19,6 +21,7 @@
 namespace lumo {
 
 class CLogDlg;
+class DesktopImport;
 class Prompts;
 
 /// The main dialog "Lumo": gathers files and parameters, runs, and keeps the parameter set from one use to
@@ -26,8 +29,8 @@ class Prompts;
 ///
 ///     CLumoDlg dialog(...); dialog.OnInitDialog(); dialog.exec();
 ///
-/// A run works on this thread and lets the event loop turn now and then (RunPump); while it goes on the only
-/// things that respond are "Cancel", "Close", which asks whether to cancel, and the log.
+/// A run or an import works on this thread and lets the event loop turn now and then (RunPump); while it goes
+/// on the only things that respond are "Cancel", "Close", which asks whether to cancel, and the log.
 class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink {
   Q_OBJECT
 
@@ -54,11 +57,14 @@ class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
+  /// Files and folders that are dropped on the window are added like those chosen in "Add...".
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   void connectControls();
   /// Runs what a button does. An exception, for want of memory, ends here: the window system cannot carry it.
-  void guarded(void (CLumoDlg::*handler)());
+  void guarded(const std::function<void()>& handler);
 
   // FileListWatcher
   void showMessage(const std::string& text) override;
@@ -70,6 +76,8 @@ class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink
   void log(const std::string& text) override;
 
   void addFiles();
+  void addPaths(const QStringList& names);
+  void runImport(DesktopImport& import);
   void deleteFile();
   void reRead();
   void showInfo();
@@ -94,8 +102,9 @@ class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink
   void tell(const std::string& what, const Status& status);
 
   [[nodiscard]] bool takeFields();
-  void run();
-  void runStages();
+  /// Does long work that the window shows the progress of. `name` begins a sentence: "A run".
+  void work(const QString& name, const std::function<void(const RunIndicators&)>& stages);
+  void runStages(const RunIndicators& indicators);
   void setRunning(bool running);
   void reportRun();
 
@@ -109,6 +118,7 @@ class CLumoDlg : public QDialog, private FileListWatcher, private MainWindowLink
   ResultViewers viewers_;
   CancelFlag cancel_{0};
   bool running_ = false;
+  QString work_;  ///< what goes on while running_
   QElapsedTimer sinceStart_;
   CLogDlg* logDialog_ = nullptr;  ///< made when first asked for; owned by this as a window
 };

@@ -25,7 +25,7 @@ void CLumoDlg::runOrCancel() {
   if (running_) {
     cancel_ = 1;
   } else if (takeFields()) {
-    run();
+    work("A run", [this](const RunIndicators& indicators) { runStages(indicators); });
     reportRun();
   }
 }
@@ -41,7 +41,8 @@ bool CLumoDlg::takeFields() {
   return false;
 }
 
-void CLumoDlg::run() {
+void CLumoDlg::work(const QString& name, const std::function<void(const RunIndicators&)>& stages) {
+  work_ = name;
   setRunning(true);
   sinceStart_.start();
   const auto finish = qScopeGuard([this] {
@@ -49,16 +50,16 @@ void CLumoDlg::run() {
     QCoreApplication::processEvents();
     setRunning(false);
   });
-  runStages();
+  RunPump pump({*controls_.status, *controls_.rightBar, *controls_.middleBar, *controls_.leftBar});
+  stages(pump.indicators(cancel_));
 }
 
-void CLumoDlg::runStages() {
+void CLumoDlg::runStages(const RunIndicators& indicators) {
   log_.add("Run of " + toStr(list_.inputs().count()) + " files, products " + parameters_.folder +
            parameters_.prefix + "^...");
-  RunPump pump({*controls_.status, *controls_.rightBar, *controls_.middleBar, *controls_.leftBar});
   CleanDialogWatcher watcher(*this);
   RunCompany company;
-  company.indicators = pump.indicators(cancel_);
+  company.indicators = indicators;
   company.clean = &watcher;
   company.threads = threadCount(0);
   company.tellPreFlight = [this](const PreFlight& found) {

@@ -42,4 +42,8 @@ QString DesktopPrompts::chooseFolder(QWidget* parent, const QString& folder) {
   return QFileDialog::getExistingDirectory(parent, "Select work folder", folder);
 }
 
+QString DesktopPrompts::chooseImportFolder(QWidget* parent, const QString& folder) {
+  return QFileDialog::getExistingDirectory(parent, "Select folder for the imported files", folder);
+}
+
 }  // namespace lumo

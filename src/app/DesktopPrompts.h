@@ -13,6 +13,7 @@ class DesktopPrompts : public Prompts {
   QStringList chooseFiles(QWidget* parent, const QString& folder) override;
   QStringList chooseMaps(QWidget* parent, const QString& folder) override;
   QString chooseFolder(QWidget* parent, const QString& folder) override;
+  QString chooseImportFolder(QWidget* parent, const QString& folder) override;
 };
 
 }  // namespace lumo

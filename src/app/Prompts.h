@@ -17,6 +17,8 @@ class Prompts : public MapPrompts {
   virtual QStringList chooseFiles(QWidget* parent, const QString& folder) = 0;
   /// A folder, empty when the choice was given up.
   virtual QString chooseFolder(QWidget* parent, const QString& folder) = 0;
+  /// The same, for what an import writes.
+  virtual QString chooseImportFolder(QWidget* parent, const QString& folder) = 0;
 };
 
 }  // namespace lumo

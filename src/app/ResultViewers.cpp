@@ -13,6 +13,7 @@
 #include "core/Log.h"
 #include "imaging/ui/LumoUVPlaneDlg.h"
 #include "io/ProductNames.h"
+#include "run/UvPlaneSelection.h"
 
 namespace lumo {
 
@@ -70,11 +71,8 @@ void ResultViewers::showMapSelector(const std::string& folder, QWidget& window) 
 }
 
 void ResultViewers::showUvPlane(const UvxFileList& list, QWidget& window) {
-  const VisibilityInputs& inputs = list.inputs();
-  const FrequencySurvey& survey = list.frequencies();
   LumoUVPlaneDlg dialog(&window);
-  dialog.SetData(inputs.names, inputs.tables, inputs.selections, inputs.sources, survey.minHz, survey.maxHz,
-                 survey.maxU, survey.maxV);
+  dialog.SetData(uvPlaneSelection(list));
   dialog.exec();
   log_.add("The external imager was not reached", dialog.lastHandOver().status);
 }

@@ -10,23 +10,19 @@
 
 namespace lumo {
 
-namespace {
-
-/// Tried, not asked: permissions do not tell of a file system that is mounted for reading only.
-bool canWrite(const std::string& folder) {
+bool canWriteTo(const std::string& folder) {
+  // Tried, not asked: permissions do not tell of a file system that is mounted for reading only.
   QTemporaryFile probe(QFile::decodeName(folder.c_str()) + "lumo-XXXXXX");
   return !folder.empty() && probe.open();
 }
 
-}  // namespace
-
 std::string storeFolder(const std::string& executableFolder, const std::string& settingsFolder, Log& log) {
-  if (canWrite(executableFolder)) return executableFolder;
+  if (canWriteTo(executableFolder)) return executableFolder;
   const std::string instead = withSeparator(settingsFolder);
   QDir().mkpath(QFile::decodeName(instead.c_str()));
   log.add("Nothing can be written to the program's folder " + executableFolder +
           "; the parameters are kept in " + instead);
-  if (!canWrite(instead)) log.add("Nothing can be written to " + instead + "; parameters will not be kept");
+  if (!canWriteTo(instead)) log.add("Nothing can be written to " + instead + "; parameters will not be kept");
   return instead;
 }
 

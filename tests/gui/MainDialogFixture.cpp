@@ -57,6 +57,10 @@ QString ScriptedPrompts::chooseFolder(QWidget* /*parent*/, const QString& /*fold
   return folder;
 }
 
+QString ScriptedPrompts::chooseImportFolder(QWidget* /*parent*/, const QString& /*folder*/) {
+  return importFolder;
+}
+
 void clickOn(QWidget& widget) {
   clickAt(widget, widget.rect().center());
 }

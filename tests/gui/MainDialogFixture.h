@@ -29,10 +29,12 @@ class ScriptedPrompts : public Prompts {
   QStringList chooseFiles(QWidget* parent, const QString& folder) override;
   QStringList chooseMaps(QWidget* parent, const QString& folder) override;
   QString chooseFolder(QWidget* parent, const QString& folder) override;
+  QString chooseImportFolder(QWidget* parent, const QString& folder) override;
 
   QStringList files;           ///< what is chosen
   QStringList maps;            ///< what is chosen
   QString folder;              ///< what is chosen
+  QString importFolder;        ///< what is chosen
   bool agrees = true;          ///< to questions
   bool isOutOfMemory = false;  ///< throws instead of choosing files
   std::vector<std::string> messages;

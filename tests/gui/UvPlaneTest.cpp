@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QImage>
 #include <QLabel>
+#include <QLayout>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
@@ -22,6 +23,7 @@
 #include "run/UvPlaneSelection.h"
 #include "support/RealData.h"
 #include "view/APrintOut.h"
+#include "view/PrintDevice.h"
 
 namespace lumo {
 namespace {
@@ -263,6 +265,82 @@ TEST_F(UvPlaneTest, APictureThatIsKeptIsCompleteWhileTheScreenIsNot) {
   EXPECT_NE(kept.pixel(pixelOf(-3e5, 3.5e5) + corner), kBackground);
   EXPECT_NE(kept.pixel(pixelOf(3e5, -3.5e5) + corner), kBackground);
   EXPECT_EQ(kept.pixel(pixelOf(3e5, 3.5e5) + corner), kBackground);
+}
+
+TEST_F(UvPlaneTest, PrintingWhileTheScreenIsFillingUpReadsTheFilesOnce) {
+  constexpr int kPoints = 200000;
+  constexpr int kChannels = 16;
+  std::vector<UvPoint> points;
+  for (int i = 0; i < kPoints; ++i) points.push_back({3.0 * i, 2.0 * i});
+  list({writePoints(points, kChannels)});
+  openPlane();
+  (void)plane_->grab();
+  const bool wasReading = !graph().progress().complete;
+  int portions = 0;
+  QImage paper(800, 800, QImage::Format_RGB32);
+  PrintDevice device(paper);
+  PrintFlags flags;
+  flags.isAborted = [&] {
+    ++portions;
+    // As the window that offers to cancel does; long enough for what the reading thread has to tell.
+    QElapsedTimer since;
+    since.start();
+    while (since.elapsed() < 10) QApplication::processEvents();
+    return false;
+  };
+  plane_->plot().PrintWindow(device, paper.rect(), flags);
+  EXPECT_TRUE(wasReading);
+  EXPECT_TRUE(graph().keptStatus().ok());
+  EXPECT_LE(portions, kPoints * kChannels / 65536 + 1) << "points come in portions of at least 65 536";
+  EXPECT_GE(portions, 2);
+  settle();  // and the screen goes on
+}
+
+TEST_F(UvPlaneTest, WhatIsCompleteOnTheScreenIsKeptWithoutReadingTheFilesAgain) {
+  const std::string path = writePoints({{1e6, 4e5}, {-3e5, 8e5}});
+  list({path});
+  openPlane();
+  settle();
+  std::filesystem::remove(path);
+  const QWidget* const drawing = plane_->plot().childAt(plane_->plot().panelRect().center());
+  const QPoint corner = plane_->plot().panelRect().topLeft() - drawing->pos();
+  const QImage kept = plane_->plot().picture(1.0);
+  EXPECT_TRUE(graph().keptStatus().ok()) << graph().keptStatus().text();
+  EXPECT_TRUE(isCross(kept, pixelOf(1e6, 4e5) + corner));
+  // With other pixels it is another picture.
+  (void)plane_->plot().picture(3.0);
+  EXPECT_EQ(graph().keptStatus().code(), StatusCode::kNotFound);
+}
+
+TEST_F(UvPlaneTest, InAPictureWiderThanAFrameMayBeTheCrossesStandAtTheirNumbersToo) {
+  list({writePoints({{1e6, 4e5}, {-3e5, 8e5}})});
+  AUVPLaneWnd window;
+  window.SetAxis(makeUvPlaneAxis(uvPlaneSelection(list_)));
+  window.resize(UvHitGrid::kMostPixels + 1500, 500);
+  window.layout()->activate();
+  const QImage kept = window.picture(1.0);
+  const QWidget* const drawing = window.childAt(window.panelRect().center());
+  const QPoint corner = window.panelRect().topLeft() - drawing->pos();
+  ASSERT_GT(window.panelRect().width(), UvHitGrid::kMostPixels);
+  for (const UvPoint point : {UvPoint{1e6, 4e5}, {-1e6, -4e5}, {-3e5, 8e5}, {3e5, -8e5}}) {
+    const PlotPoint at = window.view().toPixel({point.u, point.v});
+    const QPoint pixel = QPoint(qRound(at.x), qRound(at.y)) + corner;
+    EXPECT_NE(kept.pixel(pixel), kBackground) << point.u;
+    EXPECT_NE(kept.pixel(pixel + QPoint(0, 6)), kBackground) << point.u;
+    EXPECT_EQ(kept.pixel(pixel + QPoint(5, 5)), kBackground) << point.u;
+  }
+}
+
+TEST_F(UvPlaneTest, TheTextBelowThePlotTellsHowFarItIsOrWhyItWentNoFurther) {
+  UvPicture picture;
+  picture.share = 0.427;
+  EXPECT_EQ(uvProgressText(picture), "Reading, 42 %");
+  picture.status = {StatusCode::kOutOfMemory, "no room"};
+  EXPECT_EQ(uvProgressText(picture), QString::fromStdString(picture.status.text()));
+  auto grid = std::make_shared<UvHitGrid>(UvFrame());
+  for (int i = 0; i < 600; ++i) grid->add({0.5, 0.5});
+  picture = {grid, 1.0, true, {}};
+  EXPECT_EQ(uvProgressText(picture), "1,200 crosses in this picture");
 }
 
 TEST_F(UvPlaneTest, ClosingWhileTenMillionPointsAreStillBeingReadReturnsAtOnce) {
