@@ -10,15 +10,20 @@ namespace lumo {
 
 namespace {
 
+constexpr std::uint64_t kPointsAtOnce = 65536;
+constexpr std::uint64_t kMostGroupsAtOnce = 4096;
 constexpr std::uint64_t kReleaseBytes = 16U << 20U;  // read pages are given back in portions of this size
 
 }  // namespace
 
 UvBands::UvBands(const UvPlaneData& data) {
+  std::uint64_t most = 1;
   for (const AUVXFqTbl& table : data.tables) {
+    most = std::max(most, std::uint64_t(table.GetIFs()) * std::uint64_t(table.GetChannels()));
     first_.push_back(static_cast<std::uint32_t>(rows_.size()));
     for (int row = 0; row < table.GetFreqSels(); ++row) rows_.push_back({&table, row});
   }
+  groupsAtOnce_ = std::clamp<std::uint64_t>(kPointsAtOnce / most, 1, kMostGroupsAtOnce);
 }
 
 UvGroupReader::UvGroupReader(const UvPlaneData& data, const UvBands& bands, Place from)

@@ -30,6 +30,9 @@ class UvBands {
   [[nodiscard]] std::uint32_t index(std::int32_t file, std::int32_t row) const {
     return first_[static_cast<std::size_t>(file)] + static_cast<std::uint32_t>(row);
   }
+  /// How many groups to take between two looks at whether to go on: some 65 536 points of those groups that
+  /// have the most, but at least one group.
+  [[nodiscard]] std::uint64_t groupsAtOnce() const { return groupsAtOnce_; }
   /// Calls visit(frequency in Hz) for every channel of every IF, channels inner.
   template <typename Visit>
   void forEachFrequency(std::uint32_t band, Visit visit) const {
@@ -46,6 +49,7 @@ class UvBands {
   };
   std::vector<std::uint32_t> first_;  ///< of each file
   std::vector<Row> rows_;
+  std::uint64_t groupsAtOnce_ = 0;
 };
 
 /// Reads the groups that belong to a selection, file after file in list order: unflagged, of the file's

@@ -18,15 +18,6 @@ struct UvFrame {
   int vDirection = 1;     ///< 1: v grows upwards
   int pixelsPerUnit = 1;  ///< pixels of the device in the unit that marks are measured in
 
-  /// Place of a position in pixels, counted from the left and from the top.
-  [[nodiscard]] double x(double u) const {
-    const double share = (u - visible.uMin) / (visible.uMax - visible.uMin);
-    return width * (uDirection < 0 ? 1.0 - share : share);
-  }
-  [[nodiscard]] double y(double v) const {
-    const double share = (v - visible.vMin) / (visible.vMax - visible.vMin);
-    return height * (vDirection < 0 ? share : 1.0 - share);
-  }
   bool operator==(const UvFrame&) const = default;
 };
 

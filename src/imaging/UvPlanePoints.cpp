@@ -1,22 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "imaging/UvPlanePoints.h"
 
+#include <vector>
+
 namespace lumo {
 
 namespace {
 
-constexpr std::uint64_t kRecordsAtOnce = 4096;
 constexpr std::size_t kPointsAtOnce = 65536;
 
 }  // namespace
-
-void appendUvPoints(const UvGroup& group, const UvBands& bands, const UvRange& visible,
-                    std::vector<UvPoint>& points) {
-  bands.forEachFrequency(group.band, [&](double frequency) {
-    const UvPoint point{-frequency * group.u, -frequency * group.v};
-    if (visible.contains(point)) points.push_back(point);
-  });
-}
 
 Status readUvPoints(const UvPlaneData& data, const UvRange& visible, const UvPointSink& sink,
                     const CancelFlag* cancel) {
@@ -27,9 +20,9 @@ Status readUvPoints(const UvPlaneData& data, const UvRange& visible, const UvPoi
   const auto cancelled = [cancel] {
     return cancel != nullptr && cancel->load(std::memory_order_relaxed) != 0;
   };
-  while (!cancelled() && reader.next(groups, kRecordsAtOnce)) {
+  while (!cancelled() && reader.next(groups, bands.groupsAtOnce())) {
     for (const UvGroup& group : groups) {
-      appendUvPoints(group, bands, visible, points);
+      forEachPoint(group, bands, visible, [&points](const UvPoint& point) { points.push_back(point); });
       if (points.size() < kPointsAtOnce) continue;
       if (cancelled()) break;
       sink(points);

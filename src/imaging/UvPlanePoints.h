@@ -3,7 +3,6 @@
 
 #include <functional>
 #include <span>
-#include <vector>
 
 #include "core/Progress.h"
 #include "core/Status.h"
@@ -15,10 +14,15 @@ namespace lumo {
 /// Takes a batch of points; a batch is valid only during the call.
 using UvPointSink = std::function<void(std::span<const UvPoint>)>;
 
-/// Appends what a group adds to the plane: for every IF and channel of its band, each at its own frequency ν,
-/// the point P = (-ν·u, -ν·v), if it lies in the range. Its mirror -P is not in the list.
-void appendUvPoints(const UvGroup& group, const UvBands& bands, const UvRange& visible,
-                    std::vector<UvPoint>& points);
+/// Calls visit(P) for what a group adds to the plane: for every IF and channel of its band, each at its own
+/// frequency ν, the point P = (-ν·u, -ν·v), if it lies in the range. Its mirror -P is not visited.
+template <typename Visit>
+void forEachPoint(const UvGroup& group, const UvBands& bands, const UvRange& range, Visit visit) {
+  bands.forEachFrequency(group.band, [&](double frequency) {
+    const UvPoint point{-frequency * group.u, -frequency * group.v};
+    if (range.contains(point)) visit(point);
+  });
+}
 
 /// Hands out the points P of a selection that lie in `visible`, in file order, in batches. For each of them a
 /// picture has a cross at P and one at -P; -P is not tested, so a range that is not the same in every

@@ -3,15 +3,13 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
+#include <string>
 #include <utility>
 
+#include "imaging/UvPlanePoints.h"
+
 namespace lumo {
-
-namespace {
-
-constexpr std::uint64_t kRecordsAtOnce = 4096;
-
-}  // namespace
 
 UvPlaneWorker::UvPlaneWorker(UvPlaneData data, std::function<void()> changed, std::size_t keep)
     : data_(std::move(data)), bands_(data_), changed_(std::move(changed)), mostKept_(keep), thread_([this] {
@@ -42,11 +40,6 @@ UvPicture UvPlaneWorker::latest() const {
   return latest_;
 }
 
-Status UvPlaneWorker::status() const {
-  const std::lock_guard lock(mutex_);
-  return status_;
-}
-
 void UvPlaneWorker::run() noexcept {
   while (!stop_) {
     UvFrame frame;
@@ -60,10 +53,19 @@ void UvPlaneWorker::run() noexcept {
     try {
       draw(frame);
     } catch (const std::exception& error) {
-      const std::lock_guard lock(mutex_);
-      status_ = {StatusCode::kOutOfMemory, error.what()};
+      fail(error.what());
     }
   }
+}
+
+void UvPlaneWorker::fail(const char* reason) {
+  grid_.reset();
+  {
+    const std::lock_guard lock(mutex_);
+    latest_.complete = false;
+    latest_.status = {StatusCode::kOutOfMemory, std::string("the uv plane cannot be drawn: ") + reason};
+  }
+  if (changed_) changed_();
 }
 
 void UvPlaneWorker::draw(const UvFrame& frame) {
@@ -71,6 +73,7 @@ void UvPlaneWorker::draw(const UvFrame& frame) {
   {
     const std::lock_guard lock(mutex_);
     isFirst = !latest_.complete;
+    if (isFirst) latest_.status = {};
   }
   grid_ = std::make_unique<UvHitGrid>(frame);
   isPublished_ = false;
@@ -82,17 +85,16 @@ void UvPlaneWorker::draw(const UvFrame& frame) {
 
 void UvPlaneWorker::addGroups(const UvGroup* groups, std::size_t count, const UvRange& range) {
   for (const UvGroup* group = groups; group != groups + count; ++group)
-    bands_.forEachFrequency(group->band, [&](double frequency) {
-      const UvPoint point{-frequency * group->u, -frequency * group->v};
-      if (range.contains(point)) grid_->add(point);
-    });
+    forEachPoint(*group, bands_, range, [this](const UvPoint& point) { grid_->add(point); });
 }
 
 bool UvPlaneWorker::drawKept(const UvRange& range) {
-  for (std::size_t first = 0; first < kept_.size(); first += kRecordsAtOnce) {
-    addGroups(kept_.data() + first, std::min<std::size_t>(kRecordsAtOnce, kept_.size() - first), range);
-    // The files' share is not known here, and while groups are kept it is soon told.
-    if (!goOn(latest_.share)) return false;
+  const std::size_t atOnce = bands_.groupsAtOnce();
+  for (std::size_t done = 0; done < kept_.size();) {
+    const std::size_t count = std::min(atOnce, kept_.size() - done);
+    addGroups(kept_.data() + done, count, range);
+    done += count;
+    if (!goOn(keptShare_ * static_cast<double>(done) / static_cast<double>(kept_.size()))) return false;
   }
   return true;
 }
@@ -101,24 +103,29 @@ bool UvPlaneWorker::drawRest(const UvRange& range) {
   if (readAll_) return true;
   UvGroupReader reader(data_, bands_, keptTo_);
   std::vector<UvGroup> groups;
-  while (reader.next(groups, kRecordsAtOnce)) {
+  while (reader.next(groups, bands_.groupsAtOnce())) {
     addGroups(groups.data(), groups.size(), range);
-    keepSome(groups, reader.place());
+    keepSome(groups, reader);
     if (!goOn(reader.share())) return false;
   }
   readAll_ = keepsAll_;
-  const std::lock_guard lock(mutex_);
-  status_ = reader.status();
+  readStatus_ = reader.status();
   return true;
 }
 
-void UvPlaneWorker::keepSome(const std::vector<UvGroup>& groups, UvGroupReader::Place after) {
+void UvPlaneWorker::keepSome(const std::vector<UvGroup>& groups, const UvGroupReader& reader) {
   if (!keepsAll_ || kept_.size() + groups.size() > mostKept_) {
     keepsAll_ = false;
     return;
   }
-  kept_.insert(kept_.end(), groups.begin(), groups.end());
-  keptTo_ = after;
+  try {
+    kept_.insert(kept_.end(), groups.begin(), groups.end());
+  } catch (const std::bad_alloc&) {
+    keepsAll_ = false;  // the rest is read again each time
+    return;
+  }
+  keptTo_ = reader.place();
+  keptShare_ = reader.share();
 }
 
 bool UvPlaneWorker::goOn(double share) {
@@ -138,7 +145,7 @@ void UvPlaneWorker::publish(double share, bool complete) {
                           : std::make_shared<const UvHitGrid>(*grid_);
   {
     const std::lock_guard lock(mutex_);
-    latest_ = {std::move(picture), share, complete};
+    latest_ = {std::move(picture), share, complete, complete ? readStatus_ : Status()};
   }
   if (changed_) changed_();
 }

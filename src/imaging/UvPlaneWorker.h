@@ -24,6 +24,8 @@ struct UvPicture {
   std::shared_ptr<const UvHitGrid> grid;
   double share = 0.0;  ///< of the data, 0..1
   bool complete = false;
+  Status
+      status;  ///< why a complete picture does not show every file, or why none was completed; ok otherwise
 };
 
 /// Draws pictures of the uv plane on a thread of its own, however many points there are.
@@ -35,7 +37,8 @@ struct UvPicture {
 /// is always drawn.
 ///
 /// What the pictures need of the files is kept, up to a bound; files beyond it are read again for every
-/// picture. Stopping takes about as long as a few thousand groups.
+/// picture. Stopping takes about as long as UvBands::groupsAtOnce() groups. When memory
+/// does not suffice for a picture, the one before stays, incomplete, with the reason.
 class UvPlaneWorker {
  public:
   static constexpr std::chrono::milliseconds kFirstPicture{50};
@@ -56,18 +59,18 @@ class UvPlaneWorker {
   void show(const UvFrame& frame);
   /// The newest picture; its grid is null before the first. Any thread.
   [[nodiscard]] UvPicture latest() const;
-  /// Why the files were not all read; ok otherwise. Any thread.
-  [[nodiscard]] Status status() const;
   [[nodiscard]] const UvPlaneData& data() const { return data_; }
 
  private:
   void run() noexcept;
+  void fail(const char* reason);
   /// Draws until the picture is complete, the worker is to stop, or another picture is wanted.
   void draw(const UvFrame& frame);
   void addGroups(const UvGroup* groups, std::size_t count, const UvRange& range);
   bool drawKept(const UvRange& range);
   bool drawRest(const UvRange& range);
-  void keepSome(const std::vector<UvGroup>& groups, UvGroupReader::Place after);
+  /// Keeps what the reader has just read, while there is room.
+  void keepSome(const std::vector<UvGroup>& groups, const UvGroupReader& reader);
   /// Publishes when it is time; false when this picture is to be given up.
   bool goOn(double share);
   void publish(double share, bool complete);
@@ -80,8 +83,10 @@ class UvPlaneWorker {
   // Of the worker's thread.
   std::vector<UvGroup> kept_;
   UvGroupReader::Place keptTo_;  ///< what comes after the groups that are kept
+  double keptShare_ = 0.0;       ///< of the files, that the groups kept stand for
   bool keepsAll_ = true;         ///< while nothing had to be left out
   bool readAll_ = false;         ///< the groups kept are all there are
+  Status readStatus_;            ///< of the last reading that came to its end
   std::unique_ptr<UvHitGrid> grid_;
   std::chrono::steady_clock::time_point nextPicture_;
   bool isPublished_ = false;  ///< this picture, in part
@@ -92,7 +97,6 @@ class UvPlaneWorker {
   std::optional<UvFrame> request_;  ///< not begun yet
   std::optional<UvFrame> asked_;    ///< the last one, begun or not
   UvPicture latest_;
-  Status status_;
 
   std::jthread thread_;
 };

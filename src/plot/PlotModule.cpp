@@ -15,6 +15,7 @@
 #include "analysis/ui/SpectrumPicture.h"
 #include "imaging/ui/UvPlanePicture.h"
 #include "io/MapProduct.h"
+#include "run/UvPlaneSelection.h"
 #include "run/UvxFileList.h"
 
 namespace lumo {
@@ -72,16 +73,7 @@ Status plotCoverage(const LumoPlotRequest& request) {
   UvxFileList list;
   const std::vector<std::string> paths(request.files, request.files + request.fileCount);
   if (const std::vector<Status> failures = list.AddFiles(paths); !failures.empty()) return failures.front();
-  UvPlaneData data;
-  data.names = list.inputs().names;
-  data.tables = list.inputs().tables;
-  data.selections = list.inputs().selections;
-  data.sources = list.inputs().sources;
-  data.minHz = list.frequencies().minHz;
-  data.maxHz = list.frequencies().maxHz;
-  data.uExtent = list.frequencies().maxU;
-  data.vExtent = list.frequencies().maxV;
-  return drawUvPlane(data, request.out);
+  return drawUvPlane(uvPlaneSelection(list), request.out);
 }
 
 Status plot(const LumoPlotRequest& request) {

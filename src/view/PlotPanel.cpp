@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "view/PlotPanel.h"
 
+#include <QScopeGuard>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "view/PlotParts.h"
 #include "view/ScalePrefix.h"
@@ -38,9 +40,11 @@ PlotPanel::PlotPanel(QWidget* parent)
   view_.setSquare(true);
   // Registers itself with the plot, which owns it.
   new DrawingLayer(*this, [this](QCPPainter& painter) {
+    // A graph may turn the event loop, and the screen may be drawn in there.
+    const bool keeps = std::exchange(keepsNext_, false);
     if (axis_ == nullptr) return;
     for (const auto& graph : axis_->graphs()) {
-      if (isDrawingToKeep_)
+      if (keeps)
         graph->drawToKeep({painter, view_});
       else
         graph->draw({painter, view_});
@@ -88,11 +92,13 @@ void PlotPanel::setAxis(const A2_3DAxis* axis) {
 }
 
 void PlotPanel::refresh() {
+  if (putOff()) return;
   showColourScale();
   redraw();
 }
 
 void PlotPanel::redraw() {
+  if (putOff()) return;
   replot(rpQueuedReplot);
 }
 
@@ -147,15 +153,29 @@ QRect PlotPanel::panelRect() const {
 }
 
 void PlotPanel::drawOn(QPaintDevice& device) {
-  isDrawingToKeep_ = true;
-  drawPlotOn(*this, device);
-  isDrawingToKeep_ = false;
+  keep([&] { drawPlotOn(*this, device); });
 }
 
 void PlotPanel::drawInto(QCPPainter& painter, const QRect& rectangle) {
-  isDrawingToKeep_ = true;
-  drawPlotInto(*this, painter, rectangle);
-  isDrawingToKeep_ = false;
+  keep([&] { drawPlotInto(*this, painter, rectangle); });
+}
+
+bool PlotPanel::putOff() {
+  if (isKeeping_) isPutOff_ = true;
+  return isKeeping_;
+}
+
+template <typename Drawing>
+void PlotPanel::keep(Drawing drawing) {
+  {
+    const auto end = qScopeGuard([this, wasKeeping = isKeeping_] {
+      isKeeping_ = wasKeeping;
+      keepsNext_ = false;
+    });
+    isKeeping_ = keepsNext_ = true;
+    drawing();
+  }
+  if (std::exchange(isPutOff_, false)) refresh();
 }
 
 }  // namespace lumo

@@ -29,6 +29,8 @@ class PlotPanel : public QCustomPlot {
   [[nodiscard]] QRect panelRect() const;
   [[nodiscard]] const A2_3DAxis* axis() const { return axis_; }
 
+  // While a picture that is kept is drawn, refresh() and redraw() are put off until it is done.
+
   /// Draws everything on a device of this widget's logical size.
   void drawOn(QPaintDevice& device);
   /// Draws everything into a rectangle of a device's pixels.
@@ -42,10 +44,16 @@ class PlotPanel : public QCustomPlot {
  private:
   void showRanges();
   void showColourScale();
+  /// True while a picture is kept: the screen is drawn afterwards.
+  bool putOff();
+  template <typename Drawing>
+  void keep(Drawing drawing);
 
   const A2_3DAxis* axis_ = nullptr;
   PanelView view_;
-  bool isDrawingToKeep_ = false;  ///< a picture that is kept, not one for the screen
+  bool isKeeping_ = false;  ///< a picture that is kept is being drawn
+  bool keepsNext_ = false;  ///< the graphs are drawn for it next, not for the screen
+  bool isPutOff_ = false;
   QSharedPointer<PrefixTicker> xTicker_;
   QSharedPointer<PrefixTicker> yTicker_;
   QCPColorScale* colourScale_;  // belongs to the plot layout

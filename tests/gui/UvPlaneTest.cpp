@@ -325,8 +325,10 @@ TEST_F(UvPlaneTest, InAPictureWiderThanAFrameMayBeTheCrossesStandAtTheirNumbersT
   for (const UvPoint point : {UvPoint{1e6, 4e5}, {-1e6, -4e5}, {-3e5, 8e5}, {3e5, -8e5}}) {
     const PlotPoint at = window.view().toPixel({point.u, point.v});
     const QPoint pixel = QPoint(qRound(at.x), qRound(at.y)) + corner;
-    EXPECT_NE(kept.pixel(pixel), kBackground) << point.u;
-    EXPECT_NE(kept.pixel(pixel + QPoint(0, 6)), kBackground) << point.u;
+    // Made wider from 8192 pixels, an arm is 8 to 11 of them long.
+    for (const int arm : {-6, 0, 6}) EXPECT_NE(kept.pixel(pixel + QPoint(arm, 0)), kBackground) << point.u;
+    for (const int beyond : {-13, 13})
+      EXPECT_EQ(kept.pixel(pixel + QPoint(beyond, 0)), kBackground) << point.u;
     EXPECT_EQ(kept.pixel(pixel + QPoint(5, 5)), kBackground) << point.u;
   }
 }

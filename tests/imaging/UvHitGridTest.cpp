@@ -51,16 +51,15 @@ TEST(UvHitGridTest, OfAPairOnlyWhatLiesInTheFrameCounts) {
   EXPECT_EQ(grid.largest(), 2U);
 }
 
-TEST(UvHitGridTest, FramePositionsAgreeWithThePixelsCounted) {
+TEST(UvHitGridTest, PixelsAreCountedFromTheUpperLeftCornerOfAFrameOffTheMiddle) {
   UvFrame frame;
-  frame.visible = {-123.0, 77.0, -31.0, 45.0};
-  frame.width = 317;
-  frame.height = 211;
-  for (const UvPoint point : {UvPoint{-122.9, 44.9}, UvPoint{3.3, -7.7}, UvPoint{76.0, 1.0}}) {
-    UvHitGrid grid(frame);
-    grid.add(point);
-    EXPECT_GE(grid(static_cast<int>(frame.y(point.v)), static_cast<int>(frame.x(point.u))), 1U);
-  }
+  frame.visible = {-100.0, 60.0, -30.0, 50.0};
+  frame.width = 320;
+  frame.height = 240;
+  UvHitGrid grid(frame);
+  grid.add({55.25, 35.1});  // 4.75 at 2 pixels each from the left, 14.9 at 3 each from the top
+  EXPECT_EQ(grid(44, 9), 1U);
+  EXPECT_EQ(grid.crosses(), 1U);  // the mirror lies below the frame
 }
 
 TEST(UvHitGridTest, AFrameOfAnySizeIsCutToWhatMemoryHolds) {

@@ -69,7 +69,7 @@ TEST_F(UvPlanePointsTest, APointExactlyOnTheRangeBorderIsDrawn) {
   EXPECT_EQ(pointsOf(list({file}), {-4.0, 4.0, -2.0, 2.0}).size(), 4U);
 }
 
-TEST_F(UvPlanePointsTest, OnlyThePointItselfIsTestedAgainstTheRange) {
+TEST_F(UvPlanePointsTest, ThePointStreamHoldsPWherePItselfLiesInTheRangeWhereverItsMirrorIs) {
   TestFile file({1.0});
   file.add(-3, 0, ones(1));  // P = (3, 0), mirror (-3, 0)
   file.add(3, 0, ones(1));   // P = (-3, 0), mirror (3, 0)

@@ -3,6 +3,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <memory>
+#include <new>
 #include <thread>
 
 #include "imaging/UvPlanePoints.h"
@@ -52,6 +54,16 @@ class UvPlaneWorkerTest : public testing::Test {
     return test::uvPlaneOf(test::listTestFiles(folder_, files));
   }
 
+  /// One file of 2000 groups near the origin that its table says have so many channels each: much to draw,
+  /// little to read.
+  UvPlaneData manyChannels(std::uint32_t channels) {
+    TestFile file({1.0});
+    for (int i = 0; i < 2000; ++i) file.add(1e-14 * i, 1e-14, ones(1));
+    UvPlaneData data = test::uvPlaneOf(test::listTestFiles(folder_, {file}));
+    data.tables = test::listTestFiles(other_, {TestFile({1.0}, channels)}).tables;
+    return data;
+  }
+
   /// The same picture drawn in one go.
   static UvHitGrid straight(const UvPlaneData& data, const UvFrame& frame) {
     UvHitGrid grid(frame);
@@ -70,6 +82,7 @@ class UvPlaneWorkerTest : public testing::Test {
   }
 
   test::TempFolder folder_;
+  test::TempFolder other_;
 };
 
 constexpr UvRange kWhole{-2.5, 2.5, -2.5, 2.5};  // the channels' 1 MHz carries the points to about 1.5
@@ -83,7 +96,7 @@ TEST_F(UvPlaneWorkerTest, CompletePictureHoldsEveryPointAndItsMirror) {
   ASSERT_NE(grid, nullptr);
   EXPECT_EQ(grid->crosses(), 2U * 2U * 30000U);
   expectSame(*grid, straight(data, frameOf(kWhole)));
-  EXPECT_TRUE(worker.status().ok());
+  EXPECT_TRUE(worker.latest().status.ok());
 }
 
 TEST_F(UvPlaneWorkerTest, APartOffTheMiddleHasMirrorsOfPointsThatLieBeyondItToo) {
@@ -141,7 +154,7 @@ TEST_F(UvPlaneWorkerTest, AFileThatDoesNotOpenEndsThePictureThere) {
   const auto grid = completed(worker, frameOf(kWhole));
   ASSERT_NE(grid, nullptr);
   EXPECT_EQ(grid->crosses(), 2U * 2U * 15000U);
-  EXPECT_EQ(worker.status().code(), StatusCode::kNotFound);
+  EXPECT_EQ(worker.latest().status.code(), StatusCode::kNotFound);
 }
 
 TEST_F(UvPlaneWorkerTest, EveryPictureIsAnnounced) {
@@ -161,6 +174,74 @@ TEST_F(UvPlaneWorkerTest, EmptyListGivesAnEmptyCompletePicture) {
   const auto grid = completed(worker, frameOf(kWhole));
   ASSERT_NE(grid, nullptr);
   EXPECT_EQ(grid->crosses(), 0U);
+}
+
+TEST_F(UvPlaneWorkerTest, StopsSoonThoughEveryGroupHasManyChannels) {
+  using Clock = std::chrono::steady_clock;
+  const UvPlaneData data = manyChannels(15000);
+  const auto start = Clock::now();
+  {
+    UvPlaneWorker worker(data);
+    worker.show(frameOf(kWhole));
+    ASSERT_NE(completed(worker, frameOf(kWhole)), nullptr);
+  }
+  const auto whole = Clock::now() - start;
+  auto worker = std::make_unique<UvPlaneWorker>(data);
+  worker->show(frameOf(kWhole));
+  std::this_thread::sleep_for(whole / 10);  // it has begun
+  const auto closed = Clock::now();
+  worker.reset();
+  EXPECT_LT(Clock::now() - closed, whole / 3);
+}
+
+TEST_F(UvPlaneWorkerTest, SharesOfAPictureOfKeptGroupsBeginAtTheBeginning) {
+  for (const std::size_t keep : {UvPlaneWorker::kMostGroupsKept, std::size_t{1000}}) {
+    std::vector<UvPicture> pictures;
+    const UvPlaneWorker* reporting = nullptr;
+    std::atomic<bool> failed{false};
+    auto worker = std::make_unique<UvPlaneWorker>(
+        manyChannels(12000),
+        [&] {
+          pictures.push_back(reporting->latest());
+          // A picture that follows a complete one comes late, one that follows a failure does not.
+          if (pictures.back().complete && !failed.exchange(true)) throw std::bad_alloc();
+        },
+        keep);
+    reporting = worker.get();
+    worker->show(frameOf(kWhole));
+    const auto start = std::chrono::steady_clock::now();
+    while (!failed && std::chrono::steady_clock::now() - start < kPatience) std::this_thread::yield();
+    ASSERT_TRUE(failed);
+    worker->show(frameOf(kCorner));
+    (void)completed(*worker, frameOf(kCorner));
+    worker.reset();
+    double last = 0.0;
+    int incomplete = 0;
+    for (const UvPicture& picture : pictures) {
+      if (picture.grid->frame() != frameOf(kCorner) || picture.complete) continue;
+      ++incomplete;
+      EXPECT_GT(picture.share, last);
+      EXPECT_LT(picture.share, 1.0);
+      last = picture.share;
+    }
+    EXPECT_GE(incomplete, 1);
+  }
+}
+
+TEST_F(UvPlaneWorkerTest, AFailureIsAnnouncedAndTheNextPictureIsDrawnAgain) {
+  std::atomic<int> announced{0};
+  UvPlaneWorker worker(spiral(), [&announced] {
+    if (++announced == 1) throw std::bad_alloc();  // as if the picture could not be made
+  });
+  worker.show(frameOf(kWhole));
+  const auto start = std::chrono::steady_clock::now();
+  while (announced < 2 && std::chrono::steady_clock::now() - start < kPatience) std::this_thread::yield();
+  ASSERT_EQ(announced, 2);
+  EXPECT_FALSE(worker.latest().complete);
+  EXPECT_EQ(worker.latest().status.code(), StatusCode::kOutOfMemory);
+  worker.show(frameOf(kCorner));
+  ASSERT_NE(completed(worker, frameOf(kCorner)), nullptr);
+  EXPECT_TRUE(worker.latest().status.ok());
 }
 
 }  // namespace

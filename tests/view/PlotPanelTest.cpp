@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+#include <stdexcept>
+
 #include "Mouse.h"
 #include "view/PlotPanel.h"
 
@@ -88,6 +91,69 @@ TEST(PlotPanelTest, WithoutAnAxisItIsEmptyButAlive) {
   panel.setAxis(nullptr);
   EXPECT_FALSE(test::shown(panel, {200, 150}).isNull());
   EXPECT_EQ(panel.xAxis->label(), "");
+}
+
+/// Counts how it is drawn; what a kept picture does meanwhile can be given.
+class CountingGraph : public AGraph {
+ public:
+  [[nodiscard]] PlotRect extent() const override { return {-1.0, 1.0, -1.0, 1.0}; }
+  void draw(const GraphPainter& /*target*/) const override { ++drawn; }
+  void drawToKeep(const GraphPainter& /*target*/) const override {
+    ++kept;
+    if (whileKept) whileKept();
+  }
+
+  mutable int drawn = 0;
+  mutable int kept = 0;
+  std::function<void()> whileKept;
+};
+
+class PlotPanelKeepingTest : public testing::Test {
+ protected:
+  PlotPanelKeepingTest()
+      : axis_(-1, 1), graph_(axis_.addGraph(std::make_unique<CountingGraph>())), panel_(nullptr) {
+    panel_.setAxis(&axis_);
+    (void)test::shown(panel_, {420, 360});
+    QCoreApplication::processEvents();
+    graph_.drawn = 0;
+    image_ = QImage(420, 360, QImage::Format_RGB32);
+  }
+
+  A2_3DAxis axis_;
+  CountingGraph& graph_;
+  PlotPanel panel_;
+  QImage image_;
+};
+
+TEST_F(PlotPanelKeepingTest, WhileAPictureIsKeptTheScreenWaitsAndIsDrawnAfterwards) {
+  graph_.whileKept = [this] {
+    panel_.refresh();
+    panel_.redraw();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(graph_.drawn, 0);
+  };
+  panel_.drawOn(image_);
+  EXPECT_EQ(graph_.kept, 1);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(graph_.drawn, 1);
+  EXPECT_EQ(graph_.kept, 1);
+}
+
+TEST_F(PlotPanelKeepingTest, ADrawingOfTheScreenThatWasAskedForBeforeIsNoKeptOne) {
+  panel_.refresh();
+  graph_.whileKept = [] { QCoreApplication::processEvents(); };
+  panel_.drawOn(image_);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(graph_.kept, 1);
+  EXPECT_EQ(graph_.drawn, 1);
+}
+
+TEST_F(PlotPanelKeepingTest, AfterAFailureTheScreenIsDrawnAsBefore) {
+  graph_.whileKept = [] { throw std::runtime_error("no memory for it"); };
+  EXPECT_THROW(panel_.drawOn(image_), std::runtime_error);
+  panel_.replot();
+  EXPECT_EQ(graph_.drawn, 1);
+  EXPECT_EQ(graph_.kept, 1);
 }
 
 }  // namespace

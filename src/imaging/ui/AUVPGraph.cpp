@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "imaging/ui/AUVPGraph.h"
 
+#include <QCursor>
+#include <QGuiApplication>
 #include <QPainter>
+#include <QScopeGuard>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -15,7 +18,7 @@ namespace lumo {
 
 namespace {
 
-constexpr QRgb kMarkColour = 0xff1d4e9e;  // the axis colour of index 1
+constexpr QRgb kMarkColour = 0xff1d4e9e;  // a dark blue
 constexpr int kVectorPixels = 4;          // pixels of a picture in a vector file, for each logical one
 
 /// Where a picture of the whole panel belongs: the plot counts pixels by their middles, so the panel's edges
@@ -138,16 +141,33 @@ void AUVPGraph::drawToKeep(const GraphPainter& target) const {
   const double scale = std::abs(painter.deviceTransform().m11());
   const int pixels = hasPixels(*painter.device()) ? std::max(1, qRound(scale)) : kVectorPixels;
   const UvFrame frame = frameOf(target.view, pixels);
-  UvHitGrid grid(frame);
+  const std::shared_ptr<const UvHitGrid> grid = gridToKeep(frame);
+  // A frame that was cut has fewer pixels than the panel.
+  const bool fitsPixels = pixels == scale && grid->frame() == frame;
+  drawOverPanel(target, uvImage(*grid, QColor::fromRgba(kMarkColour)), fitsPixels ? scale : 0.0);
+}
+
+std::shared_ptr<const UvHitGrid> AUVPGraph::gridToKeep(const UvFrame& frame) const {
+  if (const UvPicture picture = worker_->latest(); picture.complete && picture.grid->frame() == frame) {
+    keptStatus_ = picture.status;
+    return picture.grid;
+  }
+  // Printing has a window of its own that tells it takes time.
+  const bool waits = !isAborted_;
+  if (waits) QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+  const auto arrow = qScopeGuard([waits] {
+    if (waits) QGuiApplication::restoreOverrideCursor();
+  });
+  auto grid = std::make_shared<UvHitGrid>(frame);
   CancelFlag cancel{0};
   keptStatus_ = readUvPoints(
       data(), frame.visible.mirrored(),
       [&](std::span<const UvPoint> points) {
-        for (const UvPoint& point : points) grid.add(point);
+        for (const UvPoint& point : points) grid->add(point);
         if (isAborted_ && isAborted_()) cancel = 1;
       },
       &cancel);
-  drawOverPanel(target, uvImage(grid, QColor::fromRgba(kMarkColour)), pixels == scale ? scale : 0.0);
+  return grid;
 }
 
 std::string AUVPGraph::readOut(double u, double v) const {

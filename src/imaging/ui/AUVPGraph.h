@@ -19,7 +19,8 @@ namespace lumo {
 /// for, on a logarithmic scale.
 ///
 /// On the screen it fills up while a worker reads the files, and while a new part is being drawn it shows the
-/// picture there is, moved and enlarged. A picture that is kept is drawn from the files at once and complete.
+/// picture there is, moved and enlarged. A picture that is kept is always complete: the one of the screen
+/// where it has the same pixels, otherwise one that is read from the files at once, on the calling thread.
 class AUVPGraph : public AGraph {
  public:
   /// `changed`, which may be empty, is called on the worker's thread when there is more to show.
@@ -45,6 +46,8 @@ class AUVPGraph : public AGraph {
   [[nodiscard]] std::string readOut(double u, double v) const override;
 
  private:
+  [[nodiscard]] std::shared_ptr<const UvHitGrid> gridToKeep(const UvFrame& frame) const;
+
   std::function<void()> changed_;
   std::unique_ptr<UvPlaneWorker> worker_;
   PrintAbort isAborted_;

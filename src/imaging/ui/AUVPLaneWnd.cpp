@@ -3,6 +3,7 @@
 
 #include <QImage>
 #include <QPainter>
+#include <QScopeGuard>
 
 #include "imaging/ui/AUVPGraph.h"
 #include "view/PrintDevice.h"
@@ -29,6 +30,7 @@ void setPrinterAbort(const A2_3DAxis* axis, const PrintAbort& isAborted) {
 
 void AUVPLaneWnd::PrintWindow(PrintDevice& device, const QRect& rectangle, const PrintFlags& flags) {
   setPrinterAbort(axis(), flags.isAborted);
+  const auto end = qScopeGuard([this] { setPrinterAbort(axis(), {}); });
   QImage bitmap = device.isDisplay() ? QImage() : bitmapFor(rectangle);
   if (bitmap.isNull()) {
     AAxisWnd::PrintWindow(device, rectangle, flags);
@@ -39,7 +41,6 @@ void AUVPLaneWnd::PrintWindow(PrintDevice& device, const QRect& rectangle, const
     memory.finish();
     device.painter().drawImage(rectangle, bitmap);
   }
-  setPrinterAbort(axis(), {});
 }
 
 }  // namespace lumo

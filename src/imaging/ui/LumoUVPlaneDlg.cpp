@@ -3,8 +3,6 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLocale>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -12,8 +10,7 @@
 #include "imaging/ui/AUVPGraph.h"
 #include "imaging/ui/AUVPLaneWnd.h"
 #include "imaging/ui/UvPlanePicture.h"
-#include "view/APrintOut.h"
-#include "view/APrinter.h"
+#include "view/OutputDialogs.h"
 
 namespace lumo {
 
@@ -96,21 +93,12 @@ const AUVPGraph* LumoUVPlaneDlg::graph() const {
 
 void LumoUVPlaneDlg::showProgress() {
   if (graph() == nullptr) return;
-  const UvPicture picture = graph()->progress();
-  if (picture.grid != nullptr && picture.complete) {
-    progress_->setText(QLocale(QLocale::English).toString(qulonglong{picture.grid->crosses()}) +
-                       tr(" crosses in this picture"));
-  } else {
-    progress_->setText(tr("Reading, %1 %").arg(static_cast<int>(100.0 * picture.share)));
-  }
+  progress_->setText(uvProgressText(graph()->progress()));
   plot_->refresh();
 }
 
 void LumoUVPlaneDlg::print() {
-  const APrintOut printOut("UV-Plane", *plot_);
-  const Status status = APrinter(this).Printing(printOut);
-  if (status.ok() || status.code() == StatusCode::kCancelled) return;
-  QMessageBox::warning(this, windowTitle(), QString::fromStdString(status.text()));
+  printWithDialog(this, windowTitle(), *plot_);
 }
 
 void LumoUVPlaneDlg::TransmitToImager() {

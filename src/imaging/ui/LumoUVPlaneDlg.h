@@ -2,10 +2,10 @@
 #pragma once
 
 #include <QDialog>
-#include <QTimer>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "imaging/ImagerHandOver.h"
 #include "imaging/UvPlaneData.h"
@@ -37,6 +37,7 @@ class LumoUVPlaneDlg final : public QDialog {
   void SetData(const AObjArray<std::string>& names, const AObjArray<AUVXFqTbl>& tables,
                const AObjArray<ABitArray>& selections, const AArray<std::int32_t>& sources, double minHz,
                double maxHz, double uExtent, double vExtent);
+  void SetData(UvPlaneData selection) { data_ = std::move(selection); }
   /// Puts the plot on its axis and begins to read. Happens by itself when the dialog is shown.
   void OnInitDialog();
   /// "Transmit to ZEL Imager": leaves the hand-over file in the program's folder and tells the imager. No

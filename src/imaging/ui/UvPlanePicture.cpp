@@ -2,6 +2,8 @@
 #include "imaging/ui/UvPlanePicture.h"
 
 #include <QLayout>
+#include <QLocale>
+#include <QObject>
 #include <utility>
 
 #include "imaging/ui/AUVPGraph.h"
@@ -16,6 +18,14 @@ std::unique_ptr<A2_3DAxis> makeUvPlaneAxis(const UvPlaneData& data, std::functio
   axis->setNameOY("V");
   axis->setNameOZ("");
   return axis;
+}
+
+QString uvProgressText(const UvPicture& picture) {
+  if (picture.complete && picture.grid != nullptr)
+    return QLocale(QLocale::English).toString(qulonglong{picture.grid->crosses()}) +
+           QObject::tr(" crosses in this picture");
+  if (!picture.status.ok()) return QString::fromStdString(picture.status.text());
+  return QObject::tr("Reading, %1 %").arg(static_cast<int>(100.0 * picture.share));
 }
 
 Status drawUvPlane(const UvPlaneData& data, const std::string& path) {
