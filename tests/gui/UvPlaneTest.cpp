@@ -20,6 +20,8 @@
 #include "imaging/ui/AUVPLaneWnd.h"
 #include "imaging/ui/LumoUVPlaneDlg.h"
 #include "imaging/ui/UvPlanePicture.h"
+#include "io/AUVXFile.h"
+#include "io/UvxStatistics.h"
 #include "io/UvxWriter.h"
 #include "run/UvPlaneSelection.h"
 #include "support/RealData.h"
@@ -411,7 +413,14 @@ TEST_F(UvPlaneTest, OpensOnEveryRealObservation) {
       for (int y = kFrame; y < image.height() - kFrame; ++y)
         for (int x = kFrame; x < image.width() - kFrame; ++x)
           marked += image.pixel(x, y) != kBackground ? 1 : 0;
-      EXPECT_GT(marked, 50) << file.path << ": two crosses have 62 pixels";
+      AUVXFile groups;
+      ASSERT_EQ(groups.Open(file.path, AFile::kRead), 1);
+      const UvxStatistics statistics = countGroups(groups);
+      // Two crosses have 62 pixels. One field of a set is flagged whole: nothing of it is drawn.
+      if (statistics.flaggedRecords() < statistics.records())
+        EXPECT_GT(marked, 50) << file.path;
+      else
+        EXPECT_EQ(marked, 0) << file.path;
       plane_.reset();
       ++drawn;
     }
