@@ -22,7 +22,8 @@ class ARPTrackerArray {
   virtual void EndWorking();
   /// Sets the mask bits of the pixels inside area `k` (from 0) and leaves the others as they are. `mask` is
   /// of rows × cols bits, `range` the map's. Returns 0, and does nothing, when there is no such area or the
-  /// mask is of another size, else 1.
+  /// mask is of another size, else 1. For hosts of the editor that want one area's pixels; results are
+  /// measured from areas(), over the same pixels (forEachPixel()).
   int FillMatrixForItem(std::size_t k, ABitMatrix& mask, std::uint32_t rows, std::uint32_t cols,
                         const TMinMax& range) const;
 

@@ -6,6 +6,8 @@
 #include <limits>
 #include <utility>
 
+#include "analysis/RegionFile.h"
+
 namespace lumo {
 
 namespace {
@@ -20,11 +22,17 @@ bool draws(AreaTool tool) {
 
 }  // namespace
 
-void AreaEditor::replaceAll(AreaList areas) {
+bool AreaEditor::isFull() const {
+  return areas_.shapes().size() >= kMostRegions;
+}
+
+bool AreaEditor::replaceAll(AreaList areas) {
+  if (areas.shapes().size() > kMostRegions) return false;
   abandon();
   AreaList before = std::exchange(areas_, std::move(areas));
   select(std::nullopt);
   keepStep(std::move(before));
+  return true;
 }
 
 void AreaEditor::setTool(AreaTool tool) {
@@ -95,7 +103,10 @@ bool AreaEditor::press(const AreaPointer& pointer) {
   }
   const AreaHit found = hit(pointer);
   if (found.handle || tool_ == AreaTool::kSelect) return startStroke(pointer, found);
-  stroke_ = Stroke{pointer.at, false, std::nullopt, areas_};
+  if (isFull())
+    select(found.area);
+  else
+    stroke_ = Stroke{pointer.at, false, std::nullopt, areas_};
   return true;
 }
 

@@ -44,8 +44,10 @@ class AreaEditor {
   explicit AreaEditor(AreaList areas) : areas_(std::move(areas)) {}
 
   [[nodiscard]] const AreaList& areas() const { return areas_; }
-  /// Puts other areas in the place of all, as one step.
-  void replaceAll(AreaList areas);
+  /// Puts other areas in the place of all, as one step. False, and nothing done, for more than kMostRegions.
+  bool replaceAll(AreaList areas);
+  /// True with kMostRegions areas, as many as a region file may hold: drawing tools then only select.
+  [[nodiscard]] bool isFull() const;
 
   [[nodiscard]] AreaTool tool() const { return tool_; }
   /// Gives up what is being drawn.

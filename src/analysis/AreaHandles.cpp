@@ -13,23 +13,6 @@ namespace {
 
 constexpr int kCurvePoints = 120;
 
-AreaPoint axisOf(const AreaShape& area) {
-  return {std::cos(area.rotation * kRadianPerDegree), std::sin(area.rotation * kRadianPerDegree)};
-}
-
-// A place along the area's own axes, and on the map.
-AreaPoint placeOf(const AreaShape& area, AreaPoint own) {
-  const AreaPoint axis = axisOf(area);
-  return {area.centre.x + own.x * axis.x - own.y * axis.y, area.centre.y + own.x * axis.y + own.y * axis.x};
-}
-
-AreaPoint ownOf(const AreaShape& area, AreaPoint place) {
-  const AreaPoint axis = axisOf(area);
-  const double x = place.x - area.centre.x;
-  const double y = place.y - area.centre.y;
-  return {x * axis.x + y * axis.y, y * axis.x - x * axis.y};
-}
-
 // Half the box along the own axes.
 AreaPoint halfBox(const AreaShape& area) {
   const double share = area.kind == AreaKind::kRectangle ? 0.5 : 1.0;
@@ -47,8 +30,8 @@ void addBoxHandles(const AreaShape& area, double reach, std::vector<AreaHandle>&
   for (int y = -1; y <= 1; ++y)
     for (int x = -1; x <= 1; ++x)
       if (x != 0 || y != 0)
-        handles.push_back({HandleKind::kBox, placeOf(area, {x * half.x, y * half.y}), x, y, 0});
-  handles.push_back({HandleKind::kRotate, placeOf(area, {0.0, half.y + reach}), 0, 0, 0});
+        handles.push_back({HandleKind::kBox, area.mapCoordinates({x * half.x, y * half.y}), x, y, 0});
+  handles.push_back({HandleKind::kRotate, area.mapCoordinates({0.0, half.y + reach}), 0, 0, 0});
 }
 
 void addPolygonHandles(const AreaShape& area, double reach, std::vector<AreaHandle>& handles) {
@@ -65,7 +48,7 @@ void addPolygonHandles(const AreaShape& area, double reach, std::vector<AreaHand
 
 AreaShape pulledBox(const AreaShape& area, const AreaHandle& handle, AreaPoint to) {
   const AreaPoint half = halfBox(area);
-  const AreaPoint own = ownOf(area, to);
+  const AreaPoint own = area.ownCoordinates(to);
   AreaPoint middle;
   AreaShape result = area;
   const auto pull = [](int side, double halfSize, double pulledTo, double& size, double& centre) {
@@ -77,7 +60,7 @@ AreaShape pulledBox(const AreaShape& area, const AreaHandle& handle, AreaPoint t
   };
   pull(handle.x, half.x, own.x, result.sizeX, middle.x);
   pull(handle.y, half.y, own.y, result.sizeY, middle.y);
-  result.centre = placeOf(area, middle);
+  result.centre = area.mapCoordinates(middle);
   return result;
 }
 
@@ -153,7 +136,7 @@ AreaShape turnedArea(const AreaShape& area, double degrees) {
   turn.centre = middleOf(area);
   turn.rotation = degrees;
   for (AreaPoint& vertex : result.vertices)
-    vertex = placeOf(turn, {vertex.x - turn.centre.x, vertex.y - turn.centre.y});
+    vertex = turn.mapCoordinates({vertex.x - turn.centre.x, vertex.y - turn.centre.y});
   return result;
 }
 
@@ -163,13 +146,13 @@ std::vector<AreaPoint> areaOutline(const AreaShape& area) {
   const AreaPoint half = halfBox(area);
   if (area.kind == AreaKind::kRectangle) {
     for (const auto& [x, y] : {AreaPoint{-1, -1}, {1, -1}, {1, 1}, {-1, 1}})
-      corners.push_back(placeOf(area, {x * half.x, y * half.y}));
+      corners.push_back(area.mapCoordinates({x * half.x, y * half.y}));
     return corners;
   }
   const double semiY = area.kind == AreaKind::kCircle ? half.x : half.y;
   for (int i = 0; i < kCurvePoints; ++i) {
     const double angle = kTwoPi * i / kCurvePoints;
-    corners.push_back(placeOf(area, {half.x * std::cos(angle), semiY * std::sin(angle)}));
+    corners.push_back(area.mapCoordinates({half.x * std::cos(angle), semiY * std::sin(angle)}));
   }
   return corners;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -21,6 +22,16 @@ class AreaList {
   void makeMask(std::size_t k, ABitMatrix& mask, const TMinMax& range) const {
     mask = shapes_.empty() ? 1 : 0;
     if (!shapes_.empty()) fillMask(shapes_[k], mask, range);
+  }
+
+  /// Calls `take(row, column)` for the pixels of area `k` of a map of rows x columns, row by row: those of
+  /// makeMask(), at the cost of the rows that the area reaches.
+  template <typename Take>
+  void visitPixels(std::size_t k, std::uint32_t rows, std::uint32_t columns, const TMinMax& range,
+                   Take take) const {
+    if (!shapes_.empty()) return forEachPixel(shapes_[k], rows, columns, range, take);
+    for (std::uint32_t row = 0; row < rows; ++row)
+      for (std::uint32_t column = 0; column < columns; ++column) take(row, column);
   }
 
   [[nodiscard]] const std::vector<AreaShape>& shapes() const { return shapes_; }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <string>
+
 #include "analysis/AreaList.h"
 #include "analysis/SpectrumCurve.h"
 
@@ -14,5 +16,15 @@ struct AreaSettings {
   int xScaleMode = kLogarithmicScale;
   int yScaleMode = kLogarithmicScale;
 };
+
+/// A graph against frequency in the frame that the settings ask for, without curves yet.
+[[nodiscard]] inline SpectrumGraph emptyGraph(const AreaSettings& settings, const std::string& fluxTitle) {
+  return {scaledTitle("Frequency [%sHz]", settings.xScaleMode),
+          scaledTitle(fluxTitle, settings.yScaleMode),
+          settings.xScaleMode,
+          settings.yScaleMode,
+          settings.invertColors,
+          {}};
+}
 
 }  // namespace lumo

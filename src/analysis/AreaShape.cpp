@@ -23,14 +23,6 @@ AreaPoint direction(double degrees) {
   return {std::cos(degrees * kRadianPerDegree), std::sin(degrees * kRadianPerDegree)};
 }
 
-// The point as seen from the area's centre, along its own axes.
-AreaPoint ownCoordinates(const AreaShape& area, AreaPoint point) {
-  const AreaPoint axis = direction(area.rotation);
-  const double x = point.x - area.centre.x;
-  const double y = point.y - area.centre.y;
-  return {x * axis.x + y * axis.y, y * axis.x - x * axis.y};
-}
-
 bool onEdge(AreaPoint a, AreaPoint b, AreaPoint p) {
   const double cross = (b.x - a.x) * (p.y - a.y) - (b.y - a.y) * (p.x - a.x);
   return cross == 0.0 && p.x >= std::min(a.x, b.x) && p.x <= std::max(a.x, b.x) &&
@@ -90,6 +82,18 @@ AreaShape AreaShape::polygon(std::vector<AreaPoint> vertices) {
   return area;
 }
 
+AreaPoint AreaShape::ownCoordinates(AreaPoint place) const {
+  const AreaPoint axis = direction(rotation);
+  const double x = place.x - centre.x;
+  const double y = place.y - centre.y;
+  return {x * axis.x + y * axis.y, y * axis.x - x * axis.y};
+}
+
+AreaPoint AreaShape::mapCoordinates(AreaPoint own) const {
+  const AreaPoint axis = direction(rotation);
+  return {centre.x + own.x * axis.x - own.y * axis.y, centre.y + own.x * axis.y + own.y * axis.x};
+}
+
 bool AreaShape::contains(AreaPoint point) const {
   if (kind == AreaKind::kPolygon) return vertices.size() > 2 && insidePolygon(vertices, point);
   if (kind == AreaKind::kCircle) {
@@ -97,7 +101,7 @@ bool AreaShape::contains(AreaPoint point) const {
     const double y = point.y - centre.y;
     return x * x + y * y <= sizeX * sizeX;
   }
-  const AreaPoint own = ownCoordinates(*this, point);
+  const AreaPoint own = ownCoordinates(point);
   if (kind == AreaKind::kRectangle) return std::abs(own.x) <= sizeX / 2.0 && std::abs(own.y) <= sizeY / 2.0;
   const double x = own.x / sizeX;
   const double y = own.y / sizeY;

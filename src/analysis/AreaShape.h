@@ -27,8 +27,8 @@ struct AreaPoint {
 struct AreaShape {
   AreaKind kind = AreaKind::kCircle;
   AreaPoint centre;  ///< unused by a polygon
-  double sizeX =
-      0.0;  ///< arcseconds: radius, semi-axis, or full width of a rectangle, before the rotation along x
+  /// Arcseconds: radius, semi-axis, or full width of a rectangle, before the rotation along x.
+  double sizeX = 0.0;
   double sizeY = 0.0;     ///< the same along y; unused by a circle
   double rotation = 0.0;  ///< degrees from x (east) towards y (north); a position angle is 90 minus this
   std::vector<AreaPoint> vertices;  ///< of a polygon, closed by itself; where it crosses itself, even-odd
@@ -42,6 +42,10 @@ struct AreaShape {
                                            double rotation = 0.0);
   [[nodiscard]] static AreaShape polygon(std::vector<AreaPoint> vertices);
 
+  /// A place of the map as seen from the centre, along the area's own axes, and back. Rotations by whole
+  /// quarter turns are exact.
+  [[nodiscard]] AreaPoint ownCoordinates(AreaPoint place) const;
+  [[nodiscard]] AreaPoint mapCoordinates(AreaPoint own) const;
   [[nodiscard]] bool contains(AreaPoint point) const;
   /// A box (x and y of the range) that no point of the area lies outside of.
   [[nodiscard]] TMinMax bounds() const;

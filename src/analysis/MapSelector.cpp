@@ -121,12 +121,7 @@ MeanSigmaTable mapTable(const MapMeasurement& measurement) {
 }
 
 SpectrumGraph fitGraph(const MapFits& fits, const AreaSettings& settings) {
-  SpectrumGraph graph;
-  graph.xScaleMode = settings.xScaleMode;
-  graph.yScaleMode = settings.yScaleMode;
-  graph.invertColors = settings.invertColors;
-  graph.xTitle = scaledTitle("Frequency [%sHz]", settings.xScaleMode);
-  graph.yTitle = scaledTitle("FLUX ~[Jy]", settings.yScaleMode);
+  SpectrumGraph graph = emptyGraph(settings, "FLUX ~[Jy]");
   for (const AreaFit& area : fits.areas) {
     SpectrumCurve curve;
     curve.setData(fits.freqs, area.fitted, area.deviation);

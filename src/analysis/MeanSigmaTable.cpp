@@ -49,16 +49,4 @@ std::string MeanSigmaTable::text(int row, int column) const {
   return row == 0 || column == 0 ? headerText(row, column) : cellText(row, column);
 }
 
-std::string MeanSigmaTable::rectangleText(int firstRow, int firstColumn, int lastRow, int lastColumn) const {
-  std::string result;
-  for (int row = firstRow; row <= lastRow; ++row) {
-    for (int column = firstColumn; column <= lastColumn; ++column) {
-      if (column != firstColumn) result += '\t';
-      result += text(row, column);
-    }
-    result += '\n';
-  }
-  return result;
-}
-
 }  // namespace lumo

@@ -31,8 +31,6 @@ class MeanSigmaTable {
   [[nodiscard]] double frequency(int row) const { return freqs_[static_cast<std::size_t>(row - 1)]; }
   /// Header or value, whichever the cell holds.
   [[nodiscard]] std::string text(int row, int column) const;
-  /// A rectangle of cells, bounds inclusive, as text: tabs between columns, a line end behind each row.
-  [[nodiscard]] std::string rectangleText(int firstRow, int firstColumn, int lastRow, int lastColumn) const;
 
  private:
   AMatrix<double> mean_;

@@ -3,9 +3,11 @@
 
 #include <cmath>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <locale>
+#include <system_error>
 #include <utility>
 
 #include "analysis/MaskedStatistics.h"
@@ -20,6 +22,15 @@ namespace {
 
 std::string sizeText(const AMatrix<float>& map) {
   return toStr(map.rows()) + " x " + toStr(map.columns()) + " pixels";
+}
+
+bool sameSize(const AMatrix<float>& a, const AMatrix<float>& b) {
+  return a.rows() == b.rows() && a.columns() == b.columns();
+}
+
+bool isThere(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::exists(path, error);
 }
 
 std::vector<double> frequencyGrid(double freqMin, double freqMax, int count) {
@@ -40,21 +51,44 @@ ResultsPresenter::ResultsPresenter(std::string folder, std::string prefix, doubl
     : folder_(std::move(folder)), prefix_(std::move(prefix)), freqMin_(freqMin), freqMax_(freqMax) {}
 
 Status ResultsPresenter::load() {
-  if (Status status = readFrequencies(); !status.ok()) return status;
+  if (Status status = checkProducts(); !status.ok()) return status;
+  rangeStatus_ = readFrequencies();
   AMapFile index;
   if (index.Open(indexName(folder_, prefix_), AFile::kRead) == 0) return index.status();
   return readTerms();
 }
 
+Status ResultsPresenter::checkProducts() const {
+  if (!folder_.empty() && !isThere(folder_))
+    return {StatusCode::kNotFound, "there is no such folder", folder_};
+  const std::string first = cleanName(folder_, prefix_, 0);
+  if (!isThere(first))
+    return {StatusCode::kNotFound,
+            "is not there; measuring needs the CLEAN maps that a run leaves under this folder and prefix",
+            first};
+  const std::string index = indexName(folder_, prefix_);
+  if (!isThere(index))
+    return {StatusCode::kNotFound,
+            "is not there; a run of order 1 makes no spectral-index map, and spectra need order 2 or more",
+            index};
+  return {};
+}
+
 Status ResultsPresenter::readFrequencies() {
   const std::string name = freqRangeName(folder_, prefix_);
+  if (!isThere(name)) return {StatusCode::kNotFound, "is not there", name};
   std::ifstream stream(name);
-  if (!stream.is_open()) return {};
+  if (!stream.is_open()) return {StatusCode::kReadFailed, "cannot be opened", name};
   stream.imbue(std::locale::classic());
   double lowest = 0.0;
   double highest = 0.0;
   if (!(stream >> lowest >> highest))
     return {StatusCode::kBadFormat, "does not begin with the lowest and the highest frequency in Hz", name};
+  if (!std::isfinite(highest) || !(lowest > 0.0) || !(lowest <= highest))
+    return {StatusCode::kBadFormat,
+            "says " + valToStr(lowest) + " to " + valToStr(highest) +
+                " Hz; frequencies are positive, the lowest first",
+            name};
   freqMin_ = lowest;
   freqMax_ = highest;
   return {};
@@ -65,7 +99,11 @@ Status ResultsPresenter::readTerms() {
   for (int term = 0; term < kMostTerms; ++term) {
     const std::string name = cleanName(folder_, prefix_, term);
     LoadedMap map;
-    if (Status status = readMap(name, map); !status.ok()) {
+    Status status = readMap(name, map);
+    if (status.ok() && term > 0 && !sameSize(*map.matrix, intensity()))
+      status = {StatusCode::kBadFormat,
+                "has " + sizeText(*map.matrix) + ", the map of term 0 has " + sizeText(intensity()), name};
+    if (!status.ok()) {
       // Two terms make a spectrum; where the row of higher ones ends is not a failure.
       if (term < 2) return status;
       break;
@@ -73,9 +111,6 @@ Status ResultsPresenter::readTerms() {
     if (term == 0) {
       mapHeader_ = map.header;
       mapRange_ = map.range;
-    } else if (map.matrix->rows() != intensity().rows() || map.matrix->columns() != intensity().columns()) {
-      return {StatusCode::kBadFormat,
-              "has " + sizeText(*map.matrix) + ", the map of term 0 has " + sizeText(intensity()), name};
     }
     termMaps_.push_back(std::move(map.matrix));
   }
@@ -103,19 +138,16 @@ Status ResultsPresenter::measure(const AreaSettings& settings, AreaSpectra& spec
 void ResultsPresenter::measureArea(const AreaList& areas, std::size_t k, AreaSpectra& spectra) const {
   const AMatrix<float>& zero = *termMaps_[0];
   const AMatrix<float>& first = *termMaps_[1];
-  ABitMatrix mask(zero.rows(), zero.columns());
-  areas.makeMask(k, mask, mapRange_);
   double zeroSum = 0.0;
   double firstSum = 0.0;
-  for (std::uint32_t row = 0; row < zero.rows(); ++row) {
-    for (std::uint32_t column = 0; column < zero.columns(); ++column) {
-      const float a = zero(row, column);
-      const float b = first(row, column);
-      if (mask(row, column) == 0 || !std::isfinite(a) || a == 0.0F || !std::isfinite(b)) continue;
-      zeroSum += a;
-      firstSum += b;
-    }
-  }
+  // Row by row, so that a sum has the same bits whatever way its pixels are found.
+  areas.visitPixels(k, zero.rows(), zero.columns(), mapRange_, [&](std::uint32_t row, std::uint32_t column) {
+    const float a = zero(row, column);
+    const float b = first(row, column);
+    if (!std::isfinite(a) || a == 0.0F || !std::isfinite(b)) return;
+    zeroSum += a;
+    firstSum += b;
+  });
   // The index of an area is the ratio of the sums: a mean of the index map would weight faint pixels like
   // bright ones.
   const double index = firstSum / zeroSum;
@@ -166,12 +198,7 @@ MeanSigmaTable spectraTable(const AreaSpectra& spectra) {
 }
 
 SpectrumGraph spectraGraph(const AreaSpectra& spectra, const AreaSettings& settings) {
-  SpectrumGraph graph;
-  graph.xScaleMode = settings.xScaleMode;
-  graph.yScaleMode = settings.yScaleMode;
-  graph.invertColors = settings.invertColors;
-  graph.xTitle = scaledTitle("Frequency [%sHz]", settings.xScaleMode);
-  graph.yTitle = scaledTitle("Flux Density [%sJy]", settings.yScaleMode);
+  SpectrumGraph graph = emptyGraph(settings, "Flux Density [%sJy]");
   for (std::uint32_t area = 0; area < spectra.flux.rows(); ++area) {
     SpectrumCurve curve;
     curve.setData(spectra.freq, rowOf(spectra.flux, area), rowOf(spectra.fluxErr, area));

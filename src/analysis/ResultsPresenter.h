@@ -30,7 +30,7 @@ struct AreaSpectra {
 };
 
 /// Measures areas on the products of a run: load() once, then measure() for as many choices of areas as
-/// wanted, then table() or graph() of what came out.
+/// wanted, then spectraTable() or spectraGraph() of what came out.
 class ResultsPresenter {
  public:
   /// Term maps beyond these are never read.
@@ -38,12 +38,13 @@ class ResultsPresenter {
   static constexpr int kMostPoints = 100000;
 
   /// @param folder  work folder with its trailing separator.
-  /// @param freqMin, freqMax  range in Hz that counts where the run left none in its frequency file.
+  /// @param freqMin, freqMax  range in Hz that counts where the run left no usable one in its frequency file.
   ResultsPresenter(std::string folder, std::string prefix, double freqMin, double freqMax);
 
-  /// Reads the frequency range and the restored term maps, as many as follow each other from term 0.
-  /// Fails with the reason when there is no spectral-index map (a run of order 1 leaves none), no restored
-  /// map of term 0 or 1, when a term's map has another size, or when the frequency file has no two numbers.
+  /// Reads the frequency range and the restored term maps, as many of one size as follow each other from
+  /// term 0. Fails with a sentence that names the missing product when there is no folder, no restored map of
+  /// term 0 or 1 or no spectral-index map (a run of order 1 leaves none), and when terms 0 and 1 differ in
+  /// size.
   [[nodiscard]] Status load();
 
   /// The restored intensity on which areas are marked. After load() only.
@@ -53,6 +54,9 @@ class ResultsPresenter {
   [[nodiscard]] const TMinMax& mapRange() const { return mapRange_; }
   [[nodiscard]] double freqMin() const { return freqMin_; }
   [[nodiscard]] double freqMax() const { return freqMax_; }
+  /// Why the given range counts and not that of the frequency file: kNotFound without one, else what is
+  /// wrong with its content. After load().
+  [[nodiscard]] const Status& rangeStatus() const { return rangeStatus_; }
 
   /// Integrates intensity and first-order map over every area and samples the power laws at
   /// `settings.pointCount` frequencies from freqMin() to freqMax(); a single one lies at freqMin(). Pixels
@@ -62,6 +66,7 @@ class ResultsPresenter {
   [[nodiscard]] Status measure(const AreaSettings& settings, AreaSpectra& spectra) const;
 
  private:
+  [[nodiscard]] Status checkProducts() const;
   [[nodiscard]] Status readFrequencies();
   [[nodiscard]] Status readTerms();
   void measureArea(const AreaList& areas, std::size_t k, AreaSpectra& spectra) const;
@@ -70,6 +75,7 @@ class ResultsPresenter {
   std::string prefix_;
   double freqMin_;
   double freqMax_;
+  Status rangeStatus_;
   std::vector<std::unique_ptr<AMatrix<float>>> termMaps_;
   AMapHeader mapHeader_;
   TMinMax mapRange_;

@@ -86,14 +86,4 @@ std::string tableCsv(const MeanSigmaTable& table) {
   return text;
 }
 
-std::string csvField(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (const char one : text) {
-    if (one == '"') quoted += '"';
-    quoted += one;
-  }
-  return quoted + "\"";
-}
-
 }  // namespace lumo

@@ -27,7 +27,4 @@ namespace lumo {
 /// quotation marks.
 [[nodiscard]] std::string tableCsv(const MeanSigmaTable& table);
 
-/// One field of comma-separated values, quoted where it has to be.
-[[nodiscard]] std::string csvField(const std::string& text);
-
 }  // namespace lumo

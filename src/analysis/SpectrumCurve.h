@@ -40,9 +40,8 @@ class SpectrumCurve {
   /// Coordinates that are not finite are left out, and on a logarithmic axis those that are not positive.
   void getRange(TMinMax& range, int xScaleMode, int yScaleMode) const;
   /// The natural cubic spline through the points, at kSampleCount frequencies in equal steps from the lowest
-  /// to the highest. Points may come in any order; of several at one frequency the first counts, and
-  /// those without a finite one do not. Empty
-  /// without points.
+  /// to the highest. Points may come in any order; of several at one frequency the first counts, and those
+  /// without a finite one do not. Empty without points.
   [[nodiscard]] std::vector<SpectrumSample> samples() const;
   /// "Reference freq: ...[MHz], Reference intensity: ..., Spectral index: ... ", with the blank at its end.
   [[nodiscard]] std::string legend() const;

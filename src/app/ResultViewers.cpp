@@ -34,10 +34,12 @@ FrequencyRange otherFrequencies(const RunParameters& parameters, const Frequency
   return range;
 }
 
-Status loadWaiting(ResultsPresenter& presenter) {
+/// What the work returns; the cursor tells meanwhile that it takes a while.
+template <typename Work>
+Status waiting(Work work) {
   QGuiApplication::setOverrideCursor(Qt::WaitCursor);
   const auto arrow = qScopeGuard([] { QGuiApplication::restoreOverrideCursor(); });
-  return presenter.load();
+  return work();
 }
 
 }  // namespace
@@ -46,12 +48,15 @@ void ResultViewers::showResults(int asGraph, const RunParameters& parameters, co
                                 QWidget& window) {
   const FrequencyRange range = otherFrequencies(parameters, survey);
   ResultsPresenter presenter(parameters.folder, parameters.prefix, range.min, range.max);
-  if (const Status status = loadWaiting(presenter); !status.ok())
+  if (const Status status = waiting([&] { return presenter.load(); }); !status.ok())
     return log_.add("No results to show", status);
+  // Without a frequency file, the range of the files is as good.
+  if (presenter.rangeStatus().code() != StatusCode::kNotFound)
+    log_.add("The frequencies are those of the data", presenter.rangeStatus());
   if (!selectAreas(presenter, window)) return;
   AreaSpectra spectra;
-  if (const Status status = presenter.measure(settings_, spectra); !status.ok())
-    return log_.add("The areas cannot be measured", status);
+  const Status status = waiting([&] { return presenter.measure(settings_, spectra); });
+  if (!status.ok()) return log_.add("The areas cannot be measured", status);
   log_.add("The spectra have no errors", spectra.noiseStatus);
   if (asGraph == 0)
     AMeanSigmaTblDlg(spectraTable(spectra), &window).exec();

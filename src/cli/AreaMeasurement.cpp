@@ -3,9 +3,7 @@
 
 #include <cmath>
 #include <cstddef>
-#include <filesystem>
 #include <limits>
-#include <system_error>
 
 #include "core/TextForm.h"
 #include "core/Units.h"
@@ -14,26 +12,6 @@
 namespace lumo {
 
 namespace {
-
-bool isThere(const std::string& path) {
-  std::error_code error;
-  return std::filesystem::exists(path, error);
-}
-
-Status checkProducts(const std::string& folder, const std::string& prefix) {
-  if (!isThere(folder)) return {StatusCode::kNotFound, "there is no such folder", folder};
-  const std::string first = cleanName(folder, prefix, 0);
-  if (!isThere(first))
-    return {StatusCode::kNotFound,
-            "is not there; measuring needs the CLEAN maps that a run leaves under this folder and prefix",
-            first};
-  const std::string index = indexName(folder, prefix);
-  if (!isThere(index))
-    return {StatusCode::kNotFound,
-            "is not there; a run of order 1 makes no spectral-index map, and spectra need order 2 or more",
-            index};
-  return {};
-}
 
 std::string megahertz(double hertz) {
   return nValToStr(hertz * kMegahertzPerHertz, 9);
@@ -60,18 +38,17 @@ void noteEmptyAreas(const ResultsPresenter& presenter, AreaMeasurement& measurem
 Status measureProducts(const std::string& folder, const std::string& prefix, const AreaOptions& options,
                        int points, AreaMeasurement& measurement) {
   measurement = AreaMeasurement();
-  if (Status status = checkProducts(folder, prefix); !status.ok()) return status;
+  const std::string first = cleanName(folder, prefix, 0);
   double freqMin = 0.0;
   double freqMax = 0.0;
-  const std::string rangeFile = freqRangeName(folder, prefix);
-  if (!isThere(rangeFile)) {
-    const std::string first = cleanName(folder, prefix, 0);
-    if (Status status = headerFrequencies(first, freqMin, freqMax); !status.ok()) return status;
-    measurement.notes.push_back(rangeFile + " is not there; the frequencies are those of the header of " +
-                                first + ", " + megahertz(freqMin) + " to " + megahertz(freqMax) + " MHz");
-  }
+  // A map that does not tell is not there, which loading the products reports.
+  static_cast<void>(headerFrequencies(first, freqMin, freqMax));
   ResultsPresenter presenter(folder, prefix, freqMin, freqMax);
   if (Status status = presenter.load(); !status.ok()) return status;
+  if (const Status& range = presenter.rangeStatus(); !range.ok())
+    measurement.notes.push_back(range.file() + " " + range.message() +
+                                "; the frequencies are those of the header of " + first + ", " +
+                                megahertz(freqMin) + " to " + megahertz(freqMax) + " MHz");
   measurement.unit = presenter.mapHeader().unit;
   AreaSettings& settings = measurement.settings;
   settings.pointCount = points;

@@ -16,13 +16,6 @@ std::size_t width(const std::string& text) {
       std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-std::string csvCell(const std::string& cell) {
-  if (cell.find_first_of(",\"\r\n") == std::string::npos) return cell;
-  std::string quoted = "\"";
-  for (const char c : cell) quoted += c == '"' ? "\"\"" : std::string(1, c);
-  return quoted + "\"";
-}
-
 }  // namespace
 
 std::string TextTable::aligned() const {
@@ -45,7 +38,7 @@ std::string TextTable::aligned() const {
 std::string TextTable::csv() const {
   std::string text;
   for (const auto& row : rows_) {
-    for (std::size_t c = 0; c < row.size(); ++c) text += (c == 0 ? "" : ",") + csvCell(row[c]);
+    for (std::size_t c = 0; c < row.size(); ++c) text += (c == 0 ? "" : ",") + csvField(row[c]);
     text += "\n";
   }
   return text;

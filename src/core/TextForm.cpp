@@ -85,6 +85,16 @@ std::string printable(std::string_view text) {
   return safe;
 }
 
+std::string csvField(std::string_view text) {
+  if (text.find_first_of(",\"\r\n") == std::string_view::npos) return std::string(text);
+  std::string quoted = "\"";
+  for (const char one : text) {
+    if (one == '"') quoted += '"';
+    quoted += one;
+  }
+  return quoted + "\"";
+}
+
 double textToDouble(std::string_view text) {
   text = skipPlus(skipSpace(text));
   double value = 0.0;

@@ -24,6 +24,10 @@ namespace lumo {
 /// The text with every control byte replaced by "?": what came from a file must not steer a terminal.
 [[nodiscard]] std::string printable(std::string_view text);
 
+/// One field of comma-separated values (RFC 4180): in quotation marks where it holds a comma, a quotation
+/// mark or a line end.
+[[nodiscard]] std::string csvField(std::string_view text);
+
 /// Number at the start of the text after white space, 0 if there is none; what follows is ignored.
 [[nodiscard]] double textToDouble(std::string_view text);
 /// Integer at the start of the text after white space, 0 if there is none; clamped to the 32-bit range.

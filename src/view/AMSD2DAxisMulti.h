@@ -18,13 +18,13 @@ namespace lumo {
 /// In a name "%s" stands for the scale prefix ("Frequency [%sHz]"), which follows the range shown.
 class AMSD2DAxisMulti {
  public:
-  /// Places in the list of colours.
+  /// What a colour is for.
   enum class Slot {
-    kBackground = 0,
-    kAxes = 1,  ///< axes, ticks, titles
-    kGrid = 2,
-    kCurve = 7,  ///< the first curve; the others have colours of their own
-    kErrorBar = 9
+    kBackground,
+    kAxes,  ///< axes, ticks, titles
+    kGrid,
+    kCurve,  ///< the first curve; the others have colours of their own
+    kErrorBar
   };
 
   AMSD2DAxisMulti(AxisScale xScale, AxisScale yScale);

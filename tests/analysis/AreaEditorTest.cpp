@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "analysis/AreaEditor.h"
+#include "analysis/RegionFile.h"
 
 namespace lumo {
 namespace {
@@ -254,6 +255,29 @@ TEST_F(AreaEditorTest, TheWayBackIsBounded) {
   while (editor_.undo()) ++steps;
   EXPECT_EQ(steps, AreaEditor::kMostSteps);
   EXPECT_EQ(shapes()[0].centre.x, 10.0);
+}
+
+TEST_F(AreaEditorTest, NoMoreAreasAreTakenThanARegionFileHolds) {
+  std::vector<AreaShape> many(kMostRegions - 1, AreaShape::circle({100, 100}, 1));
+  ASSERT_TRUE(editor_.replaceAll(AreaList(many)));
+  EXPECT_FALSE(editor_.isFull());
+  editor_.setTool(AreaTool::kCircle);
+  drag({0, 0}, {5, 0});
+  EXPECT_TRUE(editor_.isFull());
+  EXPECT_EQ(shapes().size(), kMostRegions);
+  for (const AreaTool tool :
+       {AreaTool::kRectangle, AreaTool::kEllipse, AreaTool::kCircle, AreaTool::kPolygon}) {
+    editor_.setTool(tool);
+    drag({30, 0}, {40, 10});
+    click(35, 30);
+    EXPECT_FALSE(editor_.busy());
+    EXPECT_EQ(shapes().size(), kMostRegions);
+  }
+  click(1, 1);  // into the circle
+  EXPECT_EQ(editor_.selected(), kMostRegions - 1);
+  many.resize(kMostRegions + 1);
+  EXPECT_FALSE(editor_.replaceAll(AreaList(many)));
+  EXPECT_EQ(shapes().size(), kMostRegions);
 }
 
 TEST_F(AreaEditorTest, ASelectionThatUndoTakesAwayIsForgotten) {

@@ -43,6 +43,14 @@ TEST(AreaHandlesTest, RectangleHasItsHandlesOnHalfItsSizesAndAnEllipseOnItsSemiA
   EXPECT_EQ(areaHandles(AreaShape::rectangle({1, 2}, 8, 4), 1.0).size(), 9U);
 }
 
+TEST(AreaHandlesTest, QuarterTurnsAreExact) {
+  const std::vector<AreaPoint> corners{{3, 0}, {3, 4}, {-1, 4}, {-1, 0}};
+  EXPECT_EQ(areaOutline(AreaShape::rectangle({1, 2}, 4, 4, 90)), corners);
+  EXPECT_EQ(boxHandle(AreaShape::rectangle({1, 2}, 8, 4, -270), 1, 0).at, (AreaPoint{1, 6}));
+  const std::vector<AreaPoint> turned{{4, 4}, {0, 4}, {0, 0}, {4, 0}};
+  EXPECT_EQ(turnedArea(square(), 180).vertices, turned);
+}
+
 TEST(AreaHandlesTest, TheHandleForTurningStandsOutsideTheUpperSide) {
   expectPoint(handleOf(AreaShape::rectangle({1, 2}, 8, 4), HandleKind::kRotate, 0, 3.0).at, 1, 7);
   expectPoint(handleOf(AreaShape::rectangle({1, 2}, 8, 4, 90), HandleKind::kRotate, 0, 3.0).at, -4, 2);

@@ -61,10 +61,5 @@ TEST(MeanSigmaTableTest, ValuesAndFrequenciesAreThereWithAllDigits) {
   EXPECT_EQ(table.frequency(2), 1235000.0);
 }
 
-TEST(MeanSigmaTableTest, RectangleIsCopiedWithTabsAndLineEnds) {
-  EXPECT_EQ(oneArea().rectangleText(0, 0, 1, 2), "\tMean (1)\tRMS (1)\n1.23 [MHz]\t1.23457\t0.001235\n");
-  EXPECT_EQ(oneArea().rectangleText(2, 1, 2, 1), "2\n");
-}
-
 }  // namespace
 }  // namespace lumo

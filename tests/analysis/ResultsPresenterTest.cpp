@@ -155,11 +155,70 @@ TEST_F(ResultsPresenterTest, MissingFrequencyFileLeavesTheGivenRange) {
   ASSERT_TRUE(loaded.load().ok());
   EXPECT_EQ(loaded.freqMin(), 5e8);
   EXPECT_EQ(loaded.freqMax(), 6e8);
+  EXPECT_EQ(loaded.rangeStatus().code(), StatusCode::kNotFound);
 }
 
-TEST_F(ResultsPresenterTest, FrequencyFileWithoutTwoNumbersIsNamed) {
-  test::writeFile(freqRangeName(folder_.path(), "R"), "1e9 high\n");
-  EXPECT_EQ(presenter().load().code(), StatusCode::kBadFormat);
+TEST_F(ResultsPresenterTest, FrequencyFileThatIsUsedLeavesNoNote) {
+  ResultsPresenter loaded = presenter();
+  ASSERT_TRUE(loaded.load().ok());
+  EXPECT_TRUE(loaded.rangeStatus().ok());
+  EXPECT_EQ(loaded.freqMin(), 1e9);
+  EXPECT_EQ(loaded.freqMax(), 4e9);
+}
+
+TEST_F(ResultsPresenterTest, FrequencyFileThatMakesNoSenseIsNamedAndLeavesTheGivenRange) {
+  const std::string name = freqRangeName(folder_.path(), "R");
+  for (const char* const text : {"1e9 high\n", "", "4e9 1e9 2\n", "-1e9 1e9 2\n", "0 1e9 2\n", "nan 1e9 2\n",
+                                 "1e9 nan 2\n", "1e9 inf 2\n", "1e9 1e999 2\n"}) {
+    test::writeFile(name, text);
+    ResultsPresenter loaded = presenter();
+    ASSERT_TRUE(loaded.load().ok()) << text;
+    EXPECT_EQ(loaded.rangeStatus().code(), StatusCode::kBadFormat) << text;
+    EXPECT_EQ(loaded.rangeStatus().file(), name);
+    EXPECT_EQ(loaded.freqMin(), 5e8) << text;
+    EXPECT_EQ(loaded.freqMax(), 6e8) << text;
+  }
+}
+
+TEST_F(ResultsPresenterTest, SumsHaveTheBitsOfTheLoopOverTheWholeMask) {
+  const auto rough = [](std::uint32_t row, std::uint32_t column) {
+    return std::sin(12.9898F * static_cast<float>(row) + 78.233F * static_cast<float>(column)) / 3.0F;
+  };
+  const auto rougher = [&rough](std::uint32_t row, std::uint32_t column) {
+    return rough(column, row) / 7.0F;
+  };
+  write(term(0), rough);
+  write(term(1), rougher);
+  AreaSettings settings;
+  settings.areas =
+      AreaList({AreaShape::circle({0.3, -0.1}, 0.7), AreaShape::ellipse({-1.1, 0.2}, 2.0, 0.5, 33.0),
+                AreaShape::rectangle({2.0, 0.0}, 3.0, 0.8, 90.0),
+                AreaShape::polygon({{-9.0, -9.0}, {9.0, 0.1}, {-2.0, 9.0}})});
+  const AreaSpectra spectra = measured(settings);
+  for (std::size_t k = 0; k < settings.areas.areaCount(); ++k) {
+    ABitMatrix mask(test::kRows, test::kColumns);
+    settings.areas.makeMask(k, mask, test::sampleRange());
+    double zeroSum = 0.0;
+    double firstSum = 0.0;
+    for (std::uint32_t row = 0; row < test::kRows; ++row) {
+      for (std::uint32_t column = 0; column < test::kColumns; ++column) {
+        if (mask(row, column) == 0 || rough(row, column) == 0.0F) continue;
+        zeroSum += rough(row, column);
+        firstSum += rougher(row, column);
+      }
+    }
+    EXPECT_NE(zeroSum, 0.0);
+    EXPECT_EQ(spectra.areaTermSum[k], firstSum) << k;
+    EXPECT_EQ(spectra.areaIndex[k], firstSum / zeroSum) << k;
+  }
+}
+
+TEST_F(ResultsPresenterTest, MissingFolderIsToldBeforeItsProducts) {
+  const std::string folder = folder_.file("absent/");
+  const Status status = ResultsPresenter(folder, "R", 5e8, 6e8).load();
+  EXPECT_EQ(status.code(), StatusCode::kNotFound);
+  EXPECT_EQ(status.message(), "there is no such folder");
+  EXPECT_EQ(status.file(), folder);
 }
 
 TEST_F(ResultsPresenterTest, MissingIndexMapShowsNothing) {
@@ -198,7 +257,16 @@ TEST_F(ResultsPresenterTest, FiftyFirstTermIsNeverRead) {
   EXPECT_EQ(loaded.termCount(), 50U);
 }
 
-TEST_F(ResultsPresenterTest, TermOfAnotherSizeIsRefused) {
+TEST_F(ResultsPresenterTest, HigherTermOfAnotherSizeEndsTheRow) {
+  const AMatrix<float> small(4, 4);
+  ASSERT_TRUE(writeMap(term(2), test::sampleHeader(kReference), test::sampleRange(), small).ok());
+  write(term(3), constant(0.0F));
+  ResultsPresenter loaded = presenter();
+  ASSERT_TRUE(loaded.load().ok());
+  EXPECT_EQ(loaded.termCount(), 2U);
+}
+
+TEST_F(ResultsPresenterTest, FirstTermOfAnotherSizeIsRefused) {
   const AMatrix<float> small(4, 4);
   ASSERT_TRUE(writeMap(term(1), test::sampleHeader(kReference), test::sampleRange(), small).ok());
   EXPECT_EQ(presenter().load().code(), StatusCode::kBadFormat);

@@ -124,13 +124,5 @@ TEST(SpectraTextTest, NumbersDoNotFollowTheLocale) {
   EXPECT_NE(columns.find(" 0.5 0.125\n"), std::string::npos);
 }
 
-TEST(SpectraTextTest, FieldsAreQuotedWhereTheyMustBe) {
-  EXPECT_EQ(csvField("Mean (1)"), "Mean (1)");
-  EXPECT_EQ(csvField("a,b"), "\"a,b\"");
-  EXPECT_EQ(csvField("say \"x\""), "\"say \"\"x\"\"\"");
-  EXPECT_EQ(csvField("two\nlines"), "\"two\nlines\"");
-  EXPECT_EQ(csvField(""), "");
-}
-
 }  // namespace
 }  // namespace lumo

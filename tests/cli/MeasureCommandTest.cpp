@@ -168,6 +168,15 @@ TEST_F(MeasureCommandTest, MissingFrequencyFileFallsBackToTheHeaderAndSaysSo) {
   EXPECT_TRUE(told("4500 to 5500 MHz")) << err_;
 }
 
+TEST_F(MeasureCommandTest, FrequencyFileThatMakesNoSenseIsToldWithWhatCountsInstead) {
+  writeProducts();
+  test::writeFile(freqRangeName(maps(), "MFS"), "8e9 4e9 2\n");
+  ASSERT_EQ(measure({"--points", "1", "--format", "json"}), 0) << err_;
+  EXPECT_TRUE(told("^freqrange.txt says 8e+09 to 4e+09 Hz")) << err_;
+  EXPECT_TRUE(told("the frequencies are those of the header")) << err_;
+  EXPECT_EQ(json::parse(out_)["frequencies_hz"], json({5e9}));
+}
+
 TEST_F(MeasureCommandTest, MissingProductsAreNamed) {
   EXPECT_EQ(measure({}), 1);
   EXPECT_TRUE(told("there is no such folder")) << err_;

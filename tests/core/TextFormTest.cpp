@@ -60,6 +60,15 @@ TEST(TextFormTest, PrintableTextHasNoControlBytes) {
   EXPECT_EQ(printable("\xC3\xA9toile"), "\xC3\xA9toile");
 }
 
+TEST(TextFormTest, CsvFieldsAreQuotedWhereTheyMustBe) {
+  EXPECT_EQ(csvField("Mean (1)"), "Mean (1)");
+  EXPECT_EQ(csvField("a,b"), "\"a,b\"");
+  EXPECT_EQ(csvField("say \"x\""), "\"say \"\"x\"\"\"");
+  EXPECT_EQ(csvField("two\nlines"), "\"two\nlines\"");
+  EXPECT_EQ(csvField("bare\rreturn"), "\"bare\rreturn\"");
+  EXPECT_EQ(csvField(""), "");
+}
+
 TEST(TextFormTest, ParsingRefusesTrailingText) {
   double value = 4.0;
   EXPECT_FALSE(parseDouble("1.5x", value));

@@ -8,10 +8,15 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPainter>
+#include <QPicture>
 #include <cmath>
 #include <numbers>
 
 #include "analysis/ResultsPresenter.h"
+#include "analysis/ui/ATrackerArrayInAxis.h"
+#include "analysis/ui/AreaOverlay.h"
+#include "analysis/ui/MapPicture.h"
 #include "gui/AreaDialogFixture.h"
 #include "gui/GuiScript.h"
 #include "gui/MainDialogFixture.h"
@@ -245,6 +250,42 @@ TEST_F(AreaDialogTest, WithoutAPositionOnTheSkyOnlyPixelsCanBeSaved) {
   const QList<QAction*> actions = child<QPushButton>("saveRegions").menu()->actions();
   EXPECT_FALSE(actions.at(0)->isEnabled());
   EXPECT_TRUE(actions.at(1)->isEnabled());
+}
+
+TEST_F(AreaDialogTest, RegionFilesWaitUntilTheMapIsKnown) {
+  AAreaSelectDlg dialog;
+  auto* const trackers = new ATrackerArrayInAxis(AreaList({AreaShape::circle({0.0, 0.0}, 3.0)}), &dialog);
+  dialog.SetParameters(makeMapAxis(map_, header_, range_), trackers, 1);
+  const auto isEnabled = [&dialog](const char* name) {
+    return dialog.findChild<QPushButton*>(name)->isEnabled();
+  };
+  trackers->setTool(AreaTool::kCircle);  // says that something has changed
+  EXPECT_FALSE(isEnabled("loadRegions"));
+  EXPECT_FALSE(isEnabled("saveRegions"));
+  dialog.setMapInfo(header_, range_);
+  EXPECT_TRUE(isEnabled("loadRegions"));
+  EXPECT_TRUE(isEnabled("saveRegions"));
+}
+
+TEST_F(AreaDialogTest, OutlinesFarOutsideThePanelAreClippedToIt) {
+  AreaList areas({AreaShape::circle({0.0, 0.0}, 1e6), AreaShape::ellipse({1e7, 2e7}, 3e4, 1e4, 30.0),
+                  AreaShape::polygon({{-1e7, 0.0}, {0.0, 1e-3}, {1e7, 0.0}})});
+  AreaEditor editor(areas);
+  PanelView view;
+  view.setFull({-50.0, 50.0, -40.0, 40.0});
+  view.setPanelSize(500.0, 400.0);
+  view.zoomAbout({250.0, 200.0}, 1e3);
+  for (std::size_t k = 0; k < areas.shapes().size(); ++k) {
+    editor.select(k);
+    QPicture picture;
+    QPainter painter(&picture);
+    AreaOverlay(editor, {-50.0, 50.0, -40.0, 40.0}).draw({painter, view});
+    painter.end();
+    // Lines, handles and labels have some ten pixels beyond the panel.
+    EXPECT_TRUE(QRect(-40, -40, 580, 480).contains(picture.boundingRect()))
+        << k << ": " << picture.boundingRect().width() << " x " << picture.boundingRect().height();
+    EXPECT_GT(picture.boundingRect().width(), 400) << k;  // the side of the polygon
+  }
 }
 
 TEST_F(AreaDialogTest, TheWindowCanBeMadeSmallAndLarge) {

@@ -102,6 +102,14 @@ TEST_F(MapSelectorDialogTest, ChosenMapsAreListedOnce) {
   EXPECT_TRUE(prompts_.messages.empty());
 }
 
+TEST_F(MapSelectorDialogTest, GivingTheFileDialogUpLeavesTheSelection) {
+  add(threeBands());
+  clickRow(list(), 1);
+  add({});
+  EXPECT_EQ(list().currentRow(), 1);
+  EXPECT_EQ(list().count(), 3);
+}
+
 TEST_F(MapSelectorDialogTest, WhatIsNoMapIsRefusedWithTheReasonAndTheOthersAreAdded) {
   const auto paths = threeBands();
   writeFile(folder_.file("text.exm"), "no map");

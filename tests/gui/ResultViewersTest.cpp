@@ -214,7 +214,7 @@ TEST_F(ResultViewersTest, ThePrefixNowShownIsTheOneThatIsRead) {
   openAfterARun();
   type("prefix", "other");
   press("table");
-  EXPECT_THAT(logText(), HasSubstr("other^sindex.exm"));
+  EXPECT_THAT(logText(), HasSubstr("other^cln0.exm"));
 }
 
 TEST_F(ResultViewersTest, UvPlaneShowsTheExtentOfTheSelection) {

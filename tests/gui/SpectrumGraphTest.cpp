@@ -4,8 +4,10 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QHelpEvent>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QToolTip>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -142,6 +144,21 @@ TEST_F(SpectrumGraphTest, LegendsStandBelowEachOtherInTheColoursOfTheirCurves) {
   ASSERT_GE(top[0], 0);
   ASSERT_GE(top[1], 0);
   EXPECT_NEAR(top[1] - top[0], frame.legendPitch(), 1.5);  // whole pixels
+}
+
+TEST_F(SpectrumGraphTest, ATipAboveThePlotTellsTheWholeLegendOfANarrowWindow) {
+  open(graphOf({steep(0.25, -0.75, 0.01), steep(2.0, 0.5, 0.01)})).resize(420, 420);
+  (void)picture();
+  AMultiAxisDlgWnd& window = dialog_->graphWindow();
+  const auto pointTo = [&](const QPoint& place) {
+    QToolTip::hideText();
+    QHelpEvent event(QEvent::ToolTip, window.mapTo(dialog_.get(), place), window.mapToGlobal(place));
+    QApplication::sendEvent(dialog_.get(), &event);
+    return QToolTip::text().toStdString();
+  };
+  EXPECT_EQ(pointTo({window.width() / 2, 4}),
+            "Reference freq: 1500[MHz], Reference intensity: 0.25, Spectral index: -0.75\n"
+            "Reference freq: 1500[MHz], Reference intensity: 2, Spectral index: 0.5");
 }
 
 TEST_F(SpectrumGraphTest, EveryPointIsACircleFilledWithYellow) {

@@ -74,6 +74,9 @@ void AAreaSelectDlg::addFileButtons() {
   // Enter is for the dialog's "OK".
   load_->setAutoDefault(false);
   save_->setAutoDefault(false);
+  // Region files need to know what the map is, which setMapInfo() tells.
+  load_->setEnabled(false);
+  save_->setEnabled(false);
   load_->setObjectName("loadRegions");
   save_->setObjectName("saveRegions");
   load_->setToolTip(tr("Add the areas of a DS9 region file"));
@@ -90,19 +93,22 @@ void AAreaSelectDlg::SetParameters(std::unique_ptr<A2_3DAxis> axis, ATrackerArra
   trackers_ = trackers;
   map_->SetAxis(std::move(axis));
   trackers_->attach(*map_, editable != 0);
-  load_->setEnabled(editable != 0);
-  if (editable != 0) {
+  editable_ = editable != 0;
+  if (editable_) {
     auto* const tools = new AreaToolBar(*trackers_, this);
     top_->addWidget(tools);
     setTabOrder(tools, map_);
   }
   map_->setFocus();
   connect(trackers_, &ATrackerArrayInAxis::changed, this, [this] {
-    save_->setEnabled(!trackers_->areas().shapes().empty());
+    enableSaving();
     if (!areaTimer_.isActive()) areaTimer_.start();
   });
-  save_->setEnabled(!trackers_->areas().shapes().empty());
   showArea();
+}
+
+void AAreaSelectDlg::enableSaving() {
+  save_->setEnabled(frame_.has_value() && !trackers_->areas().shapes().empty());
 }
 
 void AAreaSelectDlg::setMapInfo(const AMapHeader& header, const TMinMax& range) {
@@ -112,6 +118,8 @@ void AAreaSelectDlg::setMapInfo(const AMapHeader& header, const TMinMax& range) 
   pixelsPerBeam_ = beamPixels(header, range, map);
   frame_.emplace(header, range, map.rows(), map.columns());
   saveSky_->setEnabled(frame_->hasSky());
+  load_->setEnabled(editable_);
+  enableSaving();
   showArea();
 }
 
@@ -133,7 +141,8 @@ void AAreaSelectDlg::showArea() {
   } else if (shapes.empty()) {
     areaLine_->setText(tr("No area is marked: the whole map counts as one."));
   } else {
-    areaLine_->setText(shapes.size() == 1 ? tr("1 area") : tr("%1 areas").arg(shapes.size()));
+    areaLine_->setText((shapes.size() == 1 ? tr("1 area") : tr("%1 areas").arg(shapes.size())) +
+                       (trackers_->editor().isFull() ? tr(", as many as can be marked") : QString()));
   }
   areaLine_->setToolTip(areaLine_->text());
 }
@@ -147,7 +156,7 @@ void AAreaSelectDlg::keyPressEvent(QKeyEvent* event) {
   // Back and forth work wherever the focus is, unless a field has the key for itself.
   const bool isStep = event->modifiers().testFlag(Qt::ControlModifier) &&
                       (event->key() == Qt::Key_Z || event->key() == Qt::Key_Y);
-  if (isStep && load_->isEnabled() && trackers_->key(*event)) return;
+  if (isStep && editable_ && trackers_->key(*event)) return;
   QDialog::keyPressEvent(event);
 }
 
@@ -165,7 +174,11 @@ void AAreaSelectDlg::loadRegions() {
   }
   AreaList areas = trackers_->areas();
   for (AreaShape& shape : shapes) areas.add(std::move(shape));
-  trackers_->replaceAll(std::move(areas));
+  const std::size_t count = areas.shapes().size();
+  if (!trackers_->replaceAll(std::move(areas)))
+    QMessageBox::warning(
+        this, dialog.windowTitle(),
+        tr("With these there would be %1 areas; at most %2 can be marked.").arg(count).arg(kMostRegions));
 }
 
 void AAreaSelectDlg::saveRegions(RegionSystem system) {

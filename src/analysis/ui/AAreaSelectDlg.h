@@ -33,7 +33,7 @@ class AAreaSelectDlg : public QDialog {
   /// non-zero `editable`. The dialog takes the axis over; `trackers` must stay, or be a child of the dialog.
   void SetParameters(std::unique_ptr<A2_3DAxis> axis, ATrackerArrayInAxis* trackers, int editable);
   /// What the map on the axis is, for the line about an area and for region files. `range` as fillMask()
-  /// takes it. After SetParameters().
+  /// takes it. After SetParameters(); without it, region files are not to be had.
   void setMapInfo(const AMapHeader& header, const TMinMax& range);
 
   [[nodiscard]] LumoAxisWnd& mapWindow() const { return *map_; }
@@ -47,6 +47,7 @@ class AAreaSelectDlg : public QDialog {
 
  private:
   void addFileButtons();
+  void enableSaving();
   void showArea();
   void loadRegions();
   void saveRegions(RegionSystem system);
@@ -60,6 +61,7 @@ class AAreaSelectDlg : public QDialog {
   QAction* saveSky_ = nullptr;
   QDialogButtonBox* buttons_;
   ATrackerArrayInAxis* trackers_ = nullptr;
+  bool editable_ = false;
   QTimer areaTimer_;
   AMapHeader header_;
   TMinMax range_;

@@ -95,8 +95,10 @@ QPushButton* AMapSelDlg::addButton(QVBoxLayout& column, const char* text, const 
 }
 
 void AMapSelDlg::addMaps() {
+  const QStringList chosen = prompts_.chooseMaps(this, shown(folder_));
+  if (chosen.isEmpty()) return;
   QString refused;
-  for (const QString& name : prompts_.chooseMaps(this, shown(folder_))) {
+  for (const QString& name : chosen) {
     const Status status = selection_.maps.add(QFile::encodeName(name).toStdString());
     // One that is listed already is no reason for a message.
     if (!status.ok() && status.code() != StatusCode::kInvalidValue)

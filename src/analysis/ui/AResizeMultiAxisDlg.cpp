@@ -4,8 +4,10 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QToolTip>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <utility>
@@ -117,6 +119,19 @@ QLayout* AResizeMultiAxisDlg::makeButtons() {
   add(tr("P&rint..."), [this] { printWithDialog(this, windowTitle(), *window_); });
   add(tr("Close"), [this] { accept(); })->setDefault(true);
   return buttons;
+}
+
+bool AResizeMultiAxisDlg::event(QEvent* event) {
+  if (event->type() != QEvent::ToolTip) return QDialog::event(event);
+  const auto& help = static_cast<const QHelpEvent&>(*event);
+  const QPoint place = window_->mapFrom(this, help.pos());
+  if (!window_->rect().contains(place) || place.y() >= window_->panelRect().top())
+    return QDialog::event(event);
+  QStringList lines;
+  for (const AFQSGraph* const curve : curves_)
+    for (const QString& line : curve->legend()) lines.append(line.trimmed());
+  QToolTip::showText(help.globalPos(), lines.join('\n'), this);
+  return true;
 }
 
 void AResizeMultiAxisDlg::changeScales() {

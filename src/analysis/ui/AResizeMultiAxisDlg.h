@@ -34,6 +34,10 @@ class AResizeMultiAxisDlg : public QDialog {
   /// Writes the points as columns of text.
   [[nodiscard]] Status saveColumns(const std::string& path) const;
 
+ protected:
+  /// Above the plot, where a narrow window has no room for the whole legend, a tool tip tells it.
+  bool event(QEvent* event) override;
+
  private:
   [[nodiscard]] std::unique_ptr<AMSD2DAxisMulti> makeFrame();
   [[nodiscard]] QLayout* makeTools();

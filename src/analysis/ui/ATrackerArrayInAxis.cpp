@@ -100,9 +100,10 @@ void ATrackerArrayInAxis::remove() {
   if (editor().remove()) show();
 }
 
-void ATrackerArrayInAxis::replaceAll(AreaList areas) {
-  editor().replaceAll(std::move(areas));
+bool ATrackerArrayInAxis::replaceAll(AreaList areas) {
+  if (!editor().replaceAll(std::move(areas))) return false;
   show();
+  return true;
 }
 
 bool ATrackerArrayInAxis::press(const PanelPointer& pointer) {
@@ -155,9 +156,13 @@ bool ATrackerArrayInAxis::command(const QKeyEvent& event) {
   if (modifiers.testFlag(Qt::ControlModifier)) {
     const bool shift = modifiers.testFlag(Qt::ShiftModifier);
     // Taken even with nothing to go back to, so that the key means one thing only.
-    if (event.key() == Qt::Key_Z) return (shift ? editor().redo() : editor().undo()) || true;
-    if (event.key() == Qt::Key_Y) return editor().redo() || true;
-    return false;
+    if (event.key() == Qt::Key_Y || (event.key() == Qt::Key_Z && shift))
+      editor().redo();
+    else if (event.key() == Qt::Key_Z)
+      editor().undo();
+    else
+      return false;
+    return true;
   }
   switch (event.key()) {
     case Qt::Key_Delete:

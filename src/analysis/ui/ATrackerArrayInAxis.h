@@ -32,7 +32,8 @@ class ATrackerArrayInAxis final : public QObject, public ARPTrackerArray, public
   void undo();
   void redo();
   void remove();
-  void replaceAll(AreaList areas);
+  /// False, and nothing done, where there are more areas than an AreaEditor takes.
+  bool replaceAll(AreaList areas);
 
   bool press(const PanelPointer& pointer) override;
   bool move(const PanelPointer& pointer) override;

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "view/ClippedLine.h"
+
 namespace lumo {
 
 namespace {
@@ -28,12 +30,31 @@ QPolygonF onScreen(const GraphPainter& target, const std::vector<AreaPoint>& cor
   return polygon;
 }
 
+/// The panel with room for what reaches `margin` pixels beyond its place.
+QRectF panelOf(const GraphPainter& target, double margin) {
+  return QRectF(0.0, 0.0, target.view.panelWidth(), target.view.panelHeight())
+      .adjusted(-margin, -margin, margin, margin);
+}
+
+/// What of a line can be seen.
+QPainterPath seenPath(const GraphPainter& target, QPolygonF line, bool closed) {
+  if (closed) line.append(line.first());
+  QPainterPath path;
+  for (const QPolygonF& part : clippedLine({line.begin(), line.end()}, panelOf(target, 2.0 * kHandle))) {
+    path.addPolygon(part);
+    if (part.isClosed()) path.closeSubpath();
+  }
+  return path;
+}
+
 /// A light line with a dark edge on both sides, so that one of them differs from whatever is below.
 void strokePath(QPainter& painter, const QPainterPath& path, const QColor& colour, Qt::PenStyle style) {
   painter.setBrush(Qt::NoBrush);
   painter.setPen(QPen(kInk, kLine + 2.0, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
   painter.drawPath(path);
-  painter.setPen(QPen(colour, kLine, style, Qt::FlatCap, Qt::RoundJoin));
+  // Flat, so that the gaps of a broken line stay open; round where a clipped outline meets its own start.
+  const Qt::PenCapStyle cap = style == Qt::SolidLine ? Qt::RoundCap : Qt::FlatCap;
+  painter.setPen(QPen(colour, kLine, style, cap, Qt::RoundJoin));
   painter.drawPath(path);
 }
 
@@ -54,6 +75,7 @@ void drawLabel(const GraphPainter& target, const QPolygonF& outline, const QStri
              metrics.height() + 2.0);
   box.moveCenter({left.x() - kHandle - 6.0 - box.width() / 2.0, left.y()});
   if (box.left() < 2.0 && outline.boundingRect().right() > 0.0) box.moveLeft(2.0);
+  if (!box.intersects(panelOf(target, 0.0))) return;
   painter.setPen(Qt::NoPen);
   painter.setBrush(chosen ? kChosen : QColor(0, 0, 0, 170));
   painter.drawRoundedRect(box, 3.0, 3.0);
@@ -86,22 +108,18 @@ void AreaOverlay::drawAreas(const GraphPainter& target, bool forEditing) const {
     const QPolygonF outline = onScreen(target, areaOutline(shapes[k]));
     if (outline.isEmpty()) continue;
     const bool chosen = forEditing && editor_->selected() == k;
-    QPainterPath path;
-    path.addPolygon(outline);
-    path.closeSubpath();
-    strokePath(painter, path, chosen ? kChosen : kPaper, Qt::SolidLine);
+    strokePath(painter, seenPath(target, outline, true), chosen ? kChosen : kPaper, Qt::SolidLine);
     drawLabel(target, outline, labelOf(shapes[k], k), chosen);
   }
   if (forEditing) drawHandles(target);
   if (forEditing && editor_->draft()) {
     const AreaShape& draft = *editor_->draft();
     const QPolygonF outline = onScreen(target, areaOutline(draft));
-    QPainterPath path;
-    path.addPolygon(outline);
-    if (draft.kind != AreaKind::kPolygon) path.closeSubpath();
-    strokePath(painter, path, kChosen, Qt::DashLine);
+    const bool isPolygon = draft.kind == AreaKind::kPolygon;
+    strokePath(painter, seenPath(target, outline, !isPolygon), kChosen, Qt::DashLine);
     // A click on the first vertex closes the polygon.
-    if (draft.kind == AreaKind::kPolygon) drawSquare(painter, outline.first(), kPaper);
+    if (isPolygon && panelOf(target, 2.0 * kHandle).contains(outline.first()))
+      drawSquare(painter, outline.first(), kPaper);
   }
   painter.restore();
 }
@@ -119,11 +137,13 @@ void AreaOverlay::drawFrame(const GraphPainter& target, const AreaShape& shape,
     pen.setDashPattern({3.0, 3.0});
     pen.setDashOffset(colour == kInk ? 0.0 : 3.0);
     target.painter.setPen(pen);
-    if (shape.kind == AreaKind::kEllipse) target.painter.drawPolyline(corners);
+    target.painter.setBrush(Qt::NoBrush);
+    if (shape.kind == AreaKind::kEllipse) target.painter.drawPath(seenPath(target, corners, false));
     const AreaHandle& turn = handles.back();
     for (const AreaHandle& handle : handles)
       if (handle.kind == HandleKind::kBox && handle.x == 0 && handle.y == 1)
-        target.painter.drawLine(onScreen(target, handle.at), onScreen(target, turn.at));
+        target.painter.drawPath(
+            seenPath(target, {onScreen(target, handle.at), onScreen(target, turn.at)}, false));
   }
 }
 
@@ -136,6 +156,7 @@ void AreaOverlay::drawHandles(const GraphPainter& target) const {
   drawFrame(target, shape, handles);
   for (const AreaHandle& handle : handles) {
     const QPointF at = onScreen(target, handle.at);
+    if (!panelOf(target, 2.0 * kHandle).contains(at)) continue;
     const bool isCurrent = handle.kind == HandleKind::kVertex && editor_->currentVertex() == handle.vertex;
     painter.setPen(QPen(kInk, 1.0));
     painter.setBrush(kPaper);
