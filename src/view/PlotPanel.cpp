@@ -136,16 +136,10 @@ void PlotPanel::showColourScale() {
 }
 
 void PlotPanel::updateLayout() {
-  showRanges();
-  QCustomPlot::updateLayout();
-  constexpr int kMostRounds = 3;
-  for (int round = 0; round < kMostRounds; ++round) {
-    const QSize size = panelRect().size();
-    if (size.width() == view_.panelWidth() && size.height() == view_.panelHeight()) return;
-    view_.setPanelSize(size.width(), size.height());
+  layOutPanel(*this, view_, [this] {
     showRanges();
     QCustomPlot::updateLayout();
-  }
+  });
 }
 
 QRect PlotPanel::panelRect() const {

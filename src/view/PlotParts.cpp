@@ -44,6 +44,17 @@ QRect panelOf(const QCustomPlot& plot) {
   return plot.axisRect()->rect().translated(0, -1);
 }
 
+void layOutPanel(const QCustomPlot& plot, PanelView& view, const std::function<void()>& layOut) {
+  constexpr int kMostRounds = 3;
+  layOut();
+  for (int round = 0; round < kMostRounds; ++round) {
+    const QSize size = panelOf(plot).size();
+    if (size.width() == view.panelWidth() && size.height() == view.panelHeight()) return;
+    view.setPanelSize(size.width(), size.height());
+    layOut();
+  }
+}
+
 void drawPlotOn(QCustomPlot& plot, QPaintDevice& device) {
   QCPPainter painter;
   painter.setMode(QCPPainter::pmVectorized, device.devType() != QInternal::Image);

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 
+#include "view/PanelView.h"
 #include "view/ScalePrefix.h"
 
 namespace lumo {
@@ -45,6 +46,10 @@ class DrawingLayer : public QCPAbstractPlottable {
 
 /// The panel between the axes in logical pixels of the plot.
 [[nodiscard]] QRect panelOf(const QCustomPlot& plot);
+
+/// Calls `layOut` until the panel that comes out has the size in `view`, which takes the panel's over in
+/// between; after four times it is as good as it gets.
+void layOutPanel(const QCustomPlot& plot, PanelView& view, const std::function<void()>& layOut);
 
 /// Draws everything on a device of the plot's logical size.
 void drawPlotOn(QCustomPlot& plot, QPaintDevice& device);
