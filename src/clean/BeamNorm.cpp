@@ -15,6 +15,13 @@ constexpr double kSmallestFloat = 0x1p-148;
 constexpr double kWidest = 1e30;
 /// Well inside the range of a float.
 constexpr double kLargest = 1e36;
+/// Of M and W: with values of 1 / kWidestSingle .. kWidestSingle and norms of 1 / kLargestSingle ..
+/// kLargestSingle no product of S leaves the range of a float, and what underflows is far below the error
+/// that is allowed for.
+constexpr double kWidestSingle = 1e8;
+constexpr double kLargestSingle = 1e8;
+/// Of the roundings of S in single precision, N at a time: 4 + 4 sums and products, and W.
+constexpr double kSingleRounding = 16.0 * kFloatRounding;
 /// Largest deviation of W M from the identity, in units of its terms.
 constexpr double kMaxDefect = 1e-3;
 /// Covers the roundings of the bounds themselves, some hundred in double.
@@ -55,9 +62,12 @@ bool BeamNorm::factor(const AMatrix<double>& inverse) {
 bool BeamNorm::measureInverse(const AMatrix<double>& inverse) {
   double root = 0.0;
   double defect = 0.0;
+  singleHolds_ = true;
   for (int i = 0; i < terms_; ++i) {
     const auto row = static_cast<std::uint32_t>(i);
     if (!inRange(m_[i][i]) || !inRange(inverse(row, row))) return false;
+    for (const double value : {m_[i][i], inverse(row, row)})
+      singleHolds_ = singleHolds_ && value > 1.0 / kWidestSingle && value < kWidestSingle;
     root += std::sqrt(m_[i][i] * inverse(row, row));
     for (int j = 0; j < terms_; ++j) {
       double sum = i == j ? -1.0 : 0.0;
@@ -106,6 +116,12 @@ bool BeamNorm::measureBeams(const APtrArray<AMatrix<float>*>& beams, const AMatr
   }
   limit_ = kLargest / (widestMap + widestStep);
   return std::isfinite(stepRounding_) && limit_ > 0.0;
+}
+
+double BeamNorm::fromSingle(double formed, double x) const {
+  if (!singleHolds_ || !(x > 1.0 / kLargestSingle && x < kLargestSingle)) return HUGE_VAL;
+  // sum_jk |r_j W_jk r_k| <= condition |r|^2
+  return kUp * (formed + kSingleRounding * condition_ * x * x);
 }
 
 double BeamNorm::stepNorm(const double* increments) const {

@@ -53,6 +53,10 @@ class BeamNorm {
   /// (sum_k sqrt(W_kk M_kk))^2: a score formed in double is wrong by at most a few 2^-53 times this, relative
   /// to |r|^2.
   [[nodiscard]] double condition() const { return condition_; }
+  /// Upper bound of S = r' W r of a tile, whose largest value formed in single precision is `formed`.
+  /// @param x upper bound of |r| in the tile.
+  /// @return infinity where single precision cannot tell.
+  [[nodiscard]] double fromSingle(double formed, double x) const;
   /// Bound of |r| and of d below which no residual can leave the range of a float.
   [[nodiscard]] double limit() const { return limit_; }
 
@@ -75,6 +79,7 @@ class BeamNorm {
   double relativeRounding_ = 0.0;
   double stepRounding_ = 0.0;
   double absoluteRounding_ = 0.0;
+  bool singleHolds_ = false;
   double condition_ = 0.0;
   double limit_ = 0.0;
 };

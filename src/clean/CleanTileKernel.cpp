@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "clean/BeamPlacement.h"
+
 // Compiled once per instruction set; the one to run is chosen when the program runs. Vectors whose size is
 // unknown to the compiler cannot be kept in arrays, hence no SVE and no RISC-V vectors.
 #undef HWY_DISABLED_TARGETS
@@ -20,49 +22,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 /// Of a cache line.
 constexpr std::size_t kFloatsPerLine = 16;
-
-/// Where the steps of one call meet the beams.
-struct Placement {
-  std::size_t count = 0;
-  const CleanUpdate* updates = nullptr;
-  std::uint32_t row[kMaxTileUpdates];       ///< beam row below the tile's first row
-  std::uint32_t column[kMaxTileUpdates];    ///< beam column below the tile's first column
-  std::uint32_t offset[kMaxTileUpdates];    ///< of the current row: beam element below its first pixel
-  std::uint32_t next[kMaxTileUpdates];      ///< of the row after it, the current one again at the last
-  std::uint32_t straight[kMaxTileUpdates];  ///< pixels of a tile row before the beam's columns wrap
-  bool wraps = false;                       ///< whether any step's columns wrap inside the tile
-};
-
-HWY_INLINE std::size_t wrapped(std::int64_t index, std::size_t size) {
-  const auto period = static_cast<std::int64_t>(size);
-  if (index < 0) return static_cast<std::size_t>(index + period);
-  return static_cast<std::size_t>(index >= period ? index - period : index);
-}
-
-HWY_INLINE void place(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                      std::size_t count, Placement& placement) {
-  const std::size_t width = area.lastColumn - area.firstColumn;
-  placement.count = count;
-  placement.updates = updates;
-  for (std::size_t p = 0; p < count; ++p) {
-    const auto row = static_cast<std::int64_t>(maps.beamRows / 2) - updates[p].row + area.firstRow;
-    const auto column =
-        static_cast<std::int64_t>(maps.beamColumns / 2) - updates[p].column + area.firstColumn;
-    placement.row[p] = static_cast<std::uint32_t>(wrapped(row, maps.beamRows));
-    placement.column[p] = static_cast<std::uint32_t>(wrapped(column, maps.beamColumns));
-    placement.straight[p] =
-        static_cast<std::uint32_t>(std::min(width, maps.beamColumns - placement.column[p]));
-    placement.wraps = placement.wraps || placement.straight[p] < width;
-  }
-}
-
-/// Beam element below the first pixel of a tile row.
-HWY_INLINE std::size_t elementBelow(const CleanTileMaps& maps, const Placement& placement, std::size_t p,
-                                    std::size_t row) {
-  const std::size_t beamRow = placement.row[p] + row;
-  return (beamRow >= maps.beamRows ? beamRow - maps.beamRows : beamRow) * maps.beamColumns +
-         placement.column[p];
-}
 
 /// What a pass does beside subtracting.
 enum class Search {
@@ -142,20 +101,20 @@ HWY_INLINE void reduce(D d, const LaneBest<D>& lanes, CleanTileBest& best) {
 
 /// Subtracts the steps from .. to - 1 from kVectors vectors of pixels of one row, `pixel` pixels after the
 /// tile's first, with the residuals in registers.
-template <int kTerms, int kVectors, CleanRounding kRounding, class D, class V>
-HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const Placement& placement, std::size_t from,
+template <int kTerms, int kVectors, class D, class V>
+HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
                               std::size_t to, std::ptrdiff_t pixel, V (&r)[kVectors][kTerms]) {
   const hn::Rebind<float, D> df;
   const std::size_t lanes = hn::Lanes(d);
   for (std::size_t p = from; p < to; ++p) {
-    const std::ptrdiff_t start = static_cast<std::ptrdiff_t>(placement.offset[p]) + pixel;
-    const std::ptrdiff_t ahead = static_cast<std::ptrdiff_t>(placement.next[p]) + pixel;
+    const std::ptrdiff_t start = below.element(p) + pixel;
+    const std::ptrdiff_t ahead = below.nextElement(p) + pixel;
     // The rows of many beams are too short and too many for the processor to foresee.
     HWY_UNROLL(8)
     for (int m = 0; m < 2 * kTerms - 1; ++m)
       for (std::size_t line = 0; line < kVectors * lanes; line += kFloatsPerLine)
         hwy::Prefetch(maps.beams[m] + ahead + line);
-    const double* const increments = placement.updates[p].increments;
+    const double* const increments = below.increments(p);
     HWY_UNROLL(8)
     for (int v = 0; v < kVectors; ++v) {
       V beam[2 * kTerms - 1];
@@ -168,11 +127,7 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const Placement& p
         HWY_UNROLL(4)
         for (int k = 0; k < kTerms; ++k) {
           const V value = hn::Sub(r[v][k], hn::Mul(beam[k + j], hn::Set(d, increments[j])));
-          if constexpr (kRounding == CleanRounding::kEveryProduct) {
-            r[v][k] = hn::PromoteTo(d, hn::DemoteTo(df, value));
-          } else {
-            r[v][k] = value;
-          }
+          r[v][k] = hn::PromoteTo(d, hn::DemoteTo(df, value));
         }
       }
     }
@@ -180,8 +135,8 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const Placement& p
 }
 
 /// kVectors vectors of pixels of one row: load, subtract, store and, where asked for, search.
-template <int kTerms, int kVectors, CleanRounding kRounding, Search kSearch, class D>
-HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const Placement& placement, std::size_t from,
+template <int kTerms, int kVectors, Search kSearch, class D>
+HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
                           std::size_t to, std::size_t offset, std::ptrdiff_t pixel,
                           const SearchConstants& constants, LaneBest<D>& best) {
   const hn::Rebind<float, D> df;
@@ -191,16 +146,12 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const Placement& place
   for (int v = 0; v < kVectors; ++v) HWY_UNROLL(4)
   for (int k = 0; k < kTerms; ++k)
     r[v][k] = hn::PromoteTo(d, hn::LoadU(df, maps.maps[k] + offset + static_cast<std::size_t>(v) * lanes));
-  subtractLanes<kTerms, kVectors, kRounding>(d, maps, placement, from, to, pixel, r);
+  subtractLanes<kTerms, kVectors>(d, maps, below, from, to, pixel, r);
   HWY_UNROLL(8)
   for (int v = 0; v < kVectors; ++v) {
     const std::size_t at = offset + static_cast<std::size_t>(v) * lanes;
     HWY_UNROLL(4)
-    for (int k = 0; k < kTerms; ++k) {
-      const auto rounded = hn::DemoteTo(df, r[v][k]);
-      hn::StoreU(rounded, df, maps.maps[k] + at);
-      if constexpr (kRounding == CleanRounding::kOnce) r[v][k] = hn::PromoteTo(d, rounded);
-    }
+    for (int k = 0; k < kTerms; ++k) hn::StoreU(hn::DemoteTo(df, r[v][k]), df, maps.maps[k] + at);
     if constexpr (kSearch != Search::kNone) searchLanes<kTerms, kSearch>(d, maps, constants, r[v], at, best);
   }
 }
@@ -216,8 +167,8 @@ struct TileSearch {
 
 /// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1, which
 /// do not wrap in it once `shift` is added to their beam element.
-template <int kTerms, CleanRounding kRounding, Search kSearch>
-HWY_INLINE void passRow(const CleanTileMaps& maps, const Placement& placement, std::size_t from,
+template <int kTerms, Search kSearch>
+HWY_INLINE void passRow(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
                         std::size_t to, std::size_t offset, std::size_t begin, std::size_t end,
                         std::ptrdiff_t shift, const SearchConstants& constants, TileSearch& best) {
   // As many residuals in registers as hide the latency of the two roundings, and no more than fit.
@@ -227,27 +178,25 @@ HWY_INLINE void passRow(const CleanTileMaps& maps, const Placement& placement, s
   const std::size_t lanes = hn::Lanes(d);
   std::size_t i = begin;
   for (; i + kVectors * lanes <= end; i += kVectors * lanes)
-    passLanes<kTerms, kVectors, kRounding, kSearch>(d, maps, placement, from, to, offset + i,
-                                                    shift + static_cast<std::ptrdiff_t>(i), constants,
-                                                    best.wide);
+    passLanes<kTerms, kVectors, kSearch>(d, maps, below, from, to, offset + i,
+                                         shift + static_cast<std::ptrdiff_t>(i), constants, best.wide);
   for (; i + lanes <= end; i += lanes)
-    passLanes<kTerms, 1, kRounding, kSearch>(d, maps, placement, from, to, offset + i,
-                                             shift + static_cast<std::ptrdiff_t>(i), constants, best.wide);
+    passLanes<kTerms, 1, kSearch>(d, maps, below, from, to, offset + i,
+                                  shift + static_cast<std::ptrdiff_t>(i), constants, best.wide);
   for (; i < end; ++i)
-    passLanes<kTerms, 1, kRounding, kSearch>(single, maps, placement, from, to, offset + i,
-                                             shift + static_cast<std::ptrdiff_t>(i), constants, best.single);
+    passLanes<kTerms, 1, kSearch>(single, maps, below, from, to, offset + i,
+                                  shift + static_cast<std::ptrdiff_t>(i), constants, best.single);
 }
 
 /// One tile row whose steps meet the end of a beam row inside it: step by step, in two parts.
-template <int kTerms, CleanRounding kRounding>
-HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const Placement& placement, std::size_t offset,
+template <int kTerms>
+HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t offset,
                                   std::size_t width, const SearchConstants& constants, TileSearch& best) {
   const std::ptrdiff_t period = -static_cast<std::ptrdiff_t>(maps.beamColumns);
-  for (std::size_t p = 0; p < placement.count; ++p) {
-    const std::size_t cut = placement.straight[p];
-    passRow<kTerms, kRounding, Search::kNone>(maps, placement, p, p + 1, offset, 0, cut, 0, constants, best);
-    passRow<kTerms, kRounding, Search::kNone>(maps, placement, p, p + 1, offset, cut, width, period,
-                                              constants, best);
+  for (std::size_t p = 0; p < below.count(); ++p) {
+    const std::size_t cut = below.straight(p);
+    passRow<kTerms, Search::kNone>(maps, below, p, p + 1, offset, 0, cut, 0, constants, best);
+    passRow<kTerms, Search::kNone>(maps, below, p, p + 1, offset, cut, width, period, constants, best);
   }
 }
 
@@ -267,27 +216,21 @@ HWY_INLINE void reduceRow(TileSearch& search, std::size_t offset, double scale, 
   best.offset = offset;
 }
 
-template <int kTerms, CleanRounding kRounding, Search kSearch>
+template <int kTerms, Search kSearch>
 HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileArea& area,
                                     const CleanUpdate* updates, std::size_t count, double gain) {
-  Placement placement;
-  place(maps, area, updates, count, placement);
+  BeamPlacement below(maps, area, updates, count);
   const double h = 2.0 - gain;
   const SearchConstants constants{gain, h, h * gain};
   const std::size_t width = area.lastColumn - area.firstColumn;
-  const std::size_t last = area.lastRow - 1;
   TileSearch search{LaneBest<Wide>(Wide()), LaneBest<Single>(Single())};
   CleanTileBest best;
   for (std::size_t row = area.firstRow; row < area.lastRow; ++row) {
-    for (std::size_t p = 0; p < count; ++p) {
-      placement.offset[p] = elementBelow(maps, placement, p, row - area.firstRow);
-      placement.next[p] = elementBelow(maps, placement, p, std::min(row + 1, last) - area.firstRow);
-    }
+    below.enterRow(row);
     const std::size_t offset = row * maps.mapColumns + area.firstColumn;
-    if (placement.wraps)
-      subtractWrapped<kTerms, kRounding>(maps, placement, offset, width, constants, search);
-    passRow<kTerms, kRounding, kSearch>(maps, placement, 0, placement.wraps ? 0 : count, offset, 0, width, 0,
-                                        constants, search);
+    if (below.wraps()) subtractWrapped<kTerms>(maps, below, offset, width, constants, search);
+    passRow<kTerms, kSearch>(maps, below, 0, below.wraps() ? 0 : count, offset, 0, width, 0, constants,
+                             search);
     if constexpr (kSearch == Search::kNorm) reduceRow(search, offset, constants.scale, best);
   }
   if constexpr (kSearch != Search::kNorm) {
@@ -297,41 +240,30 @@ HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileAr
   return best;
 }
 
-template <int kTerms, CleanRounding kRounding>
-CleanTileBest passRounding(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                           std::size_t count, double gain) {
-  return maps.nonNegative
-             ? passTile<kTerms, kRounding, Search::kPlaceNonNegative>(maps, area, updates, count, gain)
-             : passTile<kTerms, kRounding, Search::kNorm>(maps, area, updates, count, gain);
-}
-
 template <int kTerms>
 CleanTileBest findTerms(const CleanTileMaps& maps, const CleanTileArea& area, double gain) {
-  constexpr CleanRounding kRounding = CleanRounding::kEveryProduct;
-  return maps.nonNegative
-             ? passTile<kTerms, kRounding, Search::kPlaceNonNegative>(maps, area, nullptr, 0, gain)
-             : passTile<kTerms, kRounding, Search::kPlace>(maps, area, nullptr, 0, gain);
+  return maps.nonNegative ? passTile<kTerms, Search::kPlaceNonNegative>(maps, area, nullptr, 0, gain)
+                          : passTile<kTerms, Search::kPlace>(maps, area, nullptr, 0, gain);
 }
 
 template <int kTerms>
 CleanTileBest passTerms(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                        std::size_t count, double gain, CleanRounding rounding) {
-  return rounding == CleanRounding::kOnce
-             ? passRounding<kTerms, CleanRounding::kOnce>(maps, area, updates, count, gain)
-             : passRounding<kTerms, CleanRounding::kEveryProduct>(maps, area, updates, count, gain);
+                        std::size_t count, double gain) {
+  return maps.nonNegative ? passTile<kTerms, Search::kPlaceNonNegative>(maps, area, updates, count, gain)
+                          : passTile<kTerms, Search::kNorm>(maps, area, updates, count, gain);
 }
 
 CleanTileBest updateTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                         std::size_t count, double gain, CleanRounding rounding) {
+                         std::size_t count, double gain) {
   switch (maps.terms) {
     case 1:
-      return passTerms<1>(maps, area, updates, count, gain, rounding);
+      return passTerms<1>(maps, area, updates, count, gain);
     case 2:
-      return passTerms<2>(maps, area, updates, count, gain, rounding);
+      return passTerms<2>(maps, area, updates, count, gain);
     case 3:
-      return passTerms<3>(maps, area, updates, count, gain, rounding);
+      return passTerms<3>(maps, area, updates, count, gain);
     default:
-      return passTerms<4>(maps, area, updates, count, gain, rounding);
+      return passTerms<4>(maps, area, updates, count, gain);
   }
 }
 
@@ -359,9 +291,8 @@ HWY_EXPORT(updateTile);
 HWY_EXPORT(findPeak);
 
 CleanTileBest updateCleanTile(const CleanTileMaps& maps, const CleanTileArea& area,
-                              const CleanUpdate* updates, std::size_t count, double gain,
-                              CleanRounding rounding) {
-  return HWY_DYNAMIC_DISPATCH(updateTile)(maps, area, updates, count, gain, rounding);
+                              const CleanUpdate* updates, std::size_t count, double gain) {
+  return HWY_DYNAMIC_DISPATCH(updateTile)(maps, area, updates, count, gain);
 }
 
 CleanTileBest findCleanPeak(const CleanTileMaps& maps, const CleanTileArea& area, double gain) {

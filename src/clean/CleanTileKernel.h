@@ -11,12 +11,6 @@ inline constexpr std::int32_t kMaxTileTerms = 4;
 /// Steps that one call of the tile kernel subtracts at most.
 inline constexpr std::size_t kMaxTileUpdates = 1024;
 
-/// When the residuals are rounded to float.
-enum class CleanRounding {
-  kEveryProduct,  ///< as ABCleanEngine describes it
-  kOnce,          ///< when all steps of a call are subtracted
-};
-
 /// A step of the CLEAN that some tiles have not subtracted yet.
 struct CleanUpdate {
   std::uint32_t row = 0;
@@ -59,12 +53,11 @@ struct CleanTileBest {
 /// Subtracts `count` <= kMaxTileUpdates steps from the pixels of a tile, in their order, and searches the
 /// tile with loop gain `gain`, in one pass over its pixels.
 ///
-/// With kEveryProduct every operation and every rounding to float is that of ABCleanEngine's description;
-/// only pixels are interleaved. In neither way do the bits depend on the instruction set that the processor
-/// has. All values must be finite. Touches nothing outside the tile; may run on several tiles at once.
+/// Every operation and every rounding to float is that of ABCleanEngine's description; only pixels are
+/// interleaved. The bits do not depend on the instruction set that the processor has. All values must be
+/// finite. Touches nothing outside the tile; may run on several tiles at once.
 [[nodiscard]] CleanTileBest updateCleanTile(const CleanTileMaps& maps, const CleanTileArea& area,
-                                            const CleanUpdate* updates, std::size_t count, double gain,
-                                            CleanRounding rounding = CleanRounding::kEveryProduct);
+                                            const CleanUpdate* updates, std::size_t count, double gain);
 
 /// The best pixel of an area in which nothing is to be subtracted, to the pixel.
 [[nodiscard]] CleanTileBest findCleanPeak(const CleanTileMaps& maps, const CleanTileArea& area, double gain);

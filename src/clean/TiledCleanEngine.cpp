@@ -6,6 +6,8 @@
 #include <cmath>
 #include <limits>
 
+#include "clean/MergedTileKernel.h"
+
 namespace lumo {
 
 namespace {
@@ -93,14 +95,15 @@ void TiledCleanEngine::chooseShape() {
   const bool once = tiling_.rounding == CleanRounding::kOnce;
   // Measured. In small maps most of the time goes into searching, of which small tiles need less; in large
   // ones into reading beams, of which large tiles need less.
-  if (tiling_.rows == 0) tiling_.rows = once || rows >= 512 ? 16 : 8;
-  if (tiling_.columns == 0) tiling_.columns = once ? 128 : 256;
+  if (tiling_.rows == 0) tiling_.rows = once ? 16 : rows >= 512 ? 32 : 8;
+  if (tiling_.columns == 0) tiling_.columns = once && terms() > 1 ? 64 : once ? 128 : 256;
   tiling_.rows = std::min(tiling_.rows, rows);
   tiling_.columns = std::min(tiling_.columns, columns);
   // The more steps are merged the fewer are left, but the list must stay small beside maps and beams.
   const std::size_t held = sizeof(float) * (2 * residuals()[0]->size() * static_cast<std::size_t>(terms()) +
                                             beams()[0]->size() * static_cast<std::size_t>(beams().count()));
   const std::size_t most = held / kListPart / CleanStepList::kBytesPerStep;
+  partialSums_ = once ? static_cast<double>(kMaxTileUpdates) : 1.0;
   list_.prepare(once ? std::clamp(most, kExactSteps, CleanStepList::kMostSteps) : kExactSteps, once);
 }
 
@@ -261,31 +264,45 @@ void TiledCleanEngine::bringUpToDate(double gain) {
     pixelsSearched_ += pixels;
     work_ += static_cast<double>(pixels) * static_cast<double>(list_.size() - tiles_[i].applied + 1);
   }
+  const double best = bestScore();
   if (sharing()) {
-    team_->run(chosen_.size(), [&](std::size_t i) { updateTile(chosen_[i], gain); });
+    team_->run(chosen_.size(), [&](std::size_t i) { updateTile(chosen_[i], gain, best); });
   } else {
-    for (const std::uint32_t i : chosen_) updateTile(i, gain);
+    for (const std::uint32_t i : chosen_) updateTile(i, gain, best);
   }
   for (const std::uint32_t i : chosen_) {
-    const CleanTileBest& best = tiles_[i].best;
+    const CleanTileBest& found = tiles_[i].best;
     bound_[i] = -1.0;  // no rival any more
-    if (!best.found) continue;
-    if (best_ == nullptr || best.score > best_->score ||
-        (best.score == best_->score && best.offset > best_->offset))
-      best_ = &best;
+    if (!found.found) continue;
+    if (best_ == nullptr || found.score > best_->score ||
+        (found.score == best_->score && found.offset > best_->offset))
+      best_ = &found;
   }
 }
 
-void TiledCleanEngine::updateTile(std::size_t index, double gain) {
+CleanTileBest TiledCleanEngine::updateMerged(std::size_t index, double gain, double best) {
+  const Tile& tile = tiles_[index];
+  CleanUpdate merged[kMaxTileUpdates];
+  double formed = 0.0;
+  std::size_t next = tile.applied;
+  do {
+    std::size_t count = 0;
+    next = list_.merge(next, merged, count);
+    formed = subtractMerged(maps_, tile.area, merged, count);
+  } while (next < list_.size());
+  if (!constrained()) {
+    CleanTileBest loser;
+    loser.norm = norm_.fromSingle(formed, normBound_[index]);
+    if (kUp * (2.0 - gain) * gain * loser.norm < best) return loser;
+  }
+  return updateCleanTile(maps_, tile.area, nullptr, 0, gain);
+}
+
+/// @param best a score that has been found.
+void TiledCleanEngine::updateTile(std::size_t index, double gain, double best) {
   Tile& tile = tiles_[index];
   if (tiling_.rounding == CleanRounding::kOnce) {
-    CleanUpdate merged[kMaxTileUpdates];
-    std::size_t next = tile.applied;
-    do {
-      std::size_t count = 0;
-      next = list_.merge(next, merged, count);
-      tile.best = updateCleanTile(maps_, tile.area, merged, count, gain, CleanRounding::kOnce);
-    } while (next < list_.size());
+    tile.best = updateMerged(index, gain, best);
   } else {
     tile.best =
         updateCleanTile(maps_, tile.area, list_.data() + tile.applied, list_.size() - tile.applied, gain);
@@ -333,7 +350,7 @@ void TiledCleanEngine::fillStep(const CleanTileBest& best, double gain, CleanSte
 
 bool TiledCleanEngine::raiseBounds(const CleanStep& step) {
   const double size = norm_.stepNorm(step.increments.data());
-  const double rounding = norm_.stepRounding() * size + norm_.absoluteRounding();
+  const double rounding = partialSums_ * (norm_.stepRounding() * size + norm_.absoluteRounding());
   const auto beamRows = static_cast<std::int64_t>(maps_.beamRows);
   const auto beamColumns = static_cast<std::int64_t>(maps_.beamColumns);
   const std::int64_t firstRow = beamRows / 2 - step.row;

@@ -16,6 +16,12 @@
 
 namespace lumo {
 
+/// When a TiledCleanEngine rounds the residuals to float.
+enum class CleanRounding {
+  kEveryProduct,  ///< as ABCleanEngine describes it
+  kOnce,          ///< when all steps that a tile lacks are subtracted
+};
+
 /// How a TiledCleanEngine divides its work. Nothing but `rounding` changes a bit of the result of
 /// kEveryProduct; with kOnce everything but `threads` may change the last bits.
 struct CleanTiling {
@@ -45,12 +51,13 @@ struct CleanTiling {
 ///     subtract:  raise the bounds of all tiles;  append the step to the list
 ///
 /// Rounding once. A CLEAN comes back to the same pixels again and again. With kOnce the list is longer, the
-/// steps that a tile lacks are summed pixel by pixel before they are subtracted, and a residual is rounded to
-/// float once per pass, not after every product. The peaks are chosen by the same rule from the same bounds,
-/// so they are those of the plain engine as long as no two scores are within rounding of each other; after
-/// that the order of the steps may differ. Residuals are those of the components up to rounding, in general
-/// closer to them than the plain engine's. What is given up: the bits. They do not depend on the number of
-/// threads or the instruction set, but on the tiles and on the iterations in which settle() is called.
+/// steps that a tile lacks are summed pixel by pixel in single precision before they are subtracted, and a
+/// residual is rounded once per pass (subtractMerged). The pass bounds the tile's norms too, and only a tile
+/// that may win is searched in double. The peaks are chosen by the same rule from the same bounds, so they
+/// are those of the plain engine as long as no two scores are within rounding of each other; after that the
+/// order of the steps may differ. Residuals are those of the components up to rounding, in general closer to
+/// them than the plain engine's. What is given up: the bits. They do not depend on the number of threads or
+/// the instruction set, but on the tiles and on the iterations in which settle() is called.
 ///
 /// Bounds. X bounds the largest norm |r| of a tile; without the constraint E = |r|^2 g h, h = 2 - g. With the
 /// non-negativity constraint let z = W^1/2 r, s its component along W^1/2 e_0, w the rest, c = C_0 sqrt(q)
@@ -122,7 +129,8 @@ class TiledCleanEngine final : public PlainCleanEngine {
   void chooseRivals(std::size_t first, std::size_t count);
   void chooseOverdue();
   void bringUpToDate(double gain);
-  void updateTile(std::size_t index, double gain);
+  void updateTile(std::size_t index, double gain, double best);
+  [[nodiscard]] CleanTileBest updateMerged(std::size_t index, double gain, double best);
   void dropSubtracted();
   [[nodiscard]] std::size_t peakOf(const CleanTileBest& best, double gain) const;
   void fillStep(const CleanTileBest& best, double gain, CleanStep& step) const;
@@ -146,6 +154,7 @@ class TiledCleanEngine final : public PlainCleanEngine {
   std::vector<std::uint32_t> chosen_;    ///< tiles to bring up to date
   const CleanTileBest* best_ = nullptr;  ///< of the tiles searched in this iteration
   double mostNegative_ = 0.0;            ///< |c| of the most negative component of term 0 so far
+  double partialSums_ = 1.0;             ///< roundings that a step can see in a sum of steps
   double work_ = 0.0;                    ///< of this iteration, in pixels times passes
   bool tiled_ = false;
   std::int64_t pixelsSearched_ = 0;

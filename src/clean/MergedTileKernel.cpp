@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "clean/MergedTileKernel.h"
+
+#include <algorithm>
+
+#include "clean/BeamPlacement.h"
+
+// See CleanTileKernel.cpp.
+#undef HWY_DISABLED_TARGETS
+#define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "clean/MergedTileKernel.cpp"
+#include <hwy/cache_control.h>
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace lumo::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// Of a cache line.
+constexpr std::size_t kFloatsPerLine = 16;
+
+using Wide = hn::ScalableTag<float>;
+using Single = hn::CappedTag<float, 1>;
+
+/// The steps of a call in single precision. Products and sums are not fused: not every instruction set could.
+struct MergedSteps {
+  MergedSteps(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+              std::size_t count)
+      : below(maps, area, updates, count) {
+    for (std::size_t p = 0; p < count; ++p)
+      for (int j = 0; j < maps.terms; ++j) increments[p][j] = static_cast<float>(updates[p].increments[j]);
+    for (int i = 0; i < maps.terms * maps.terms; ++i) inverse[i] = static_cast<float>(maps.inverse[i]);
+  }
+  BeamPlacement below;
+  float increments[kMaxTileUpdates][kMaxTileTerms];
+  float inverse[kMaxTileTerms * kMaxTileTerms] = {};
+};
+
+/// Largest S of the pixels searched so far, by lane.
+struct LargestNorm {
+  HWY_INLINE LargestNorm() : wide(hn::Zero(Wide())), single(hn::Zero(Single())) {}
+  hn::Vec<Wide> wide;
+  hn::Vec<Single> single;
+};
+
+template <int kTerms, class D, class V = hn::Vec<D>>
+HWY_INLINE V normOf(D d, const MergedSteps& steps, const V* r) {
+  V sum = hn::Zero(d);
+  HWY_UNROLL(4)
+  for (int j = 0; j < kTerms; ++j) {
+    V a = hn::Zero(d);
+    HWY_UNROLL(4)
+    for (int k = 0; k < kTerms; ++k) a = hn::Add(a, hn::Mul(r[k], hn::Set(d, steps.inverse[j * kTerms + k])));
+    sum = hn::Add(sum, hn::Mul(r[j], a));
+  }
+  return sum;
+}
+
+/// kVectors vectors of pixels of one row, `pixel` pixels after the tile's first: the steps from .. to - 1.
+template <int kTerms, int kVectors, class D, class V = hn::Vec<D>>
+HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& steps, std::size_t from,
+                          std::size_t to, std::size_t offset, std::ptrdiff_t pixel, V& largest) {
+  const std::size_t lanes = hn::Lanes(d);
+  V sum[kVectors][kTerms];
+  HWY_UNROLL(8)
+  for (int v = 0; v < kVectors; ++v) HWY_UNROLL(4)
+  for (int k = 0; k < kTerms; ++k) sum[v][k] = hn::Zero(d);
+  for (std::size_t p = from; p < to; ++p) {
+    const std::ptrdiff_t start = steps.below.element(p) + pixel;
+    const std::ptrdiff_t ahead = steps.below.nextElement(p) + pixel;
+    // The rows of many beams are too short and too many for the processor to foresee.
+    HWY_UNROLL(8)
+    for (int m = 0; m < 2 * kTerms - 1; ++m)
+      for (std::size_t line = 0; line < kVectors * lanes; line += kFloatsPerLine)
+        hwy::Prefetch(maps.beams[m] + ahead + line);
+    HWY_UNROLL(8)
+    for (int v = 0; v < kVectors; ++v) {
+      V beam[2 * kTerms - 1];
+      HWY_UNROLL(8)
+      for (int m = 0; m < 2 * kTerms - 1; ++m)
+        beam[m] = hn::LoadU(d, maps.beams[m] + start + v * static_cast<std::ptrdiff_t>(lanes));
+      HWY_UNROLL(4)
+      for (int k = 0; k < kTerms; ++k) {
+        HWY_UNROLL(4)
+        for (int j = 0; j < kTerms; ++j)
+          sum[v][k] = hn::Add(sum[v][k], hn::Mul(beam[k + j], hn::Set(d, steps.increments[p][j])));
+      }
+    }
+  }
+  HWY_UNROLL(8)
+  for (int v = 0; v < kVectors; ++v) {
+    const std::size_t at = offset + static_cast<std::size_t>(v) * lanes;
+    V r[kTerms];
+    HWY_UNROLL(4)
+    for (int k = 0; k < kTerms; ++k) {
+      r[k] = hn::Sub(hn::LoadU(d, maps.maps[k] + at), sum[v][k]);
+      hn::StoreU(r[k], d, maps.maps[k] + at);
+    }
+    largest = hn::Max(largest, normOf<kTerms>(d, steps, r));
+  }
+}
+
+/// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`; the steps do not wrap in it
+/// once `shift` is added to their beam element.
+template <int kTerms>
+HWY_INLINE void passRow(const CleanTileMaps& maps, const MergedSteps& steps, std::size_t from, std::size_t to,
+                        std::size_t offset, std::size_t begin, std::size_t end, std::ptrdiff_t shift,
+                        LargestNorm& largest) {
+  // As many sums in registers as hide the latency of the additions, and no more than fit.
+  constexpr int kVectors = kTerms == 1 ? 8 : kTerms == 2 ? 4 : 2;
+  const Wide d;
+  const Single single;
+  const std::size_t lanes = hn::Lanes(d);
+  std::size_t i = begin;
+  for (; i + kVectors * lanes <= end; i += kVectors * lanes)
+    passLanes<kTerms, kVectors>(d, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i),
+                                largest.wide);
+  for (; i + lanes <= end; i += lanes)
+    passLanes<kTerms, 1>(d, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i),
+                         largest.wide);
+  for (; i < end; ++i)
+    passLanes<kTerms, 1>(single, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i),
+                         largest.single);
+}
+
+/// One tile row whose steps meet the end of a beam row inside it: step by step, in two parts.
+template <int kTerms>
+HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const MergedSteps& steps, std::size_t offset,
+                                  std::size_t width) {
+  const std::ptrdiff_t period = -static_cast<std::ptrdiff_t>(maps.beamColumns);
+  LargestNorm ignored;
+  for (std::size_t p = 0; p < steps.below.count(); ++p) {
+    const std::size_t cut = steps.below.straight(p);
+    passRow<kTerms>(maps, steps, p, p + 1, offset, 0, cut, 0, ignored);
+    passRow<kTerms>(maps, steps, p, p + 1, offset, cut, width, period, ignored);
+  }
+}
+
+template <int kTerms>
+HWY_NOINLINE double passTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                             std::size_t count) {
+  MergedSteps steps(maps, area, updates, count);
+  const std::size_t width = area.lastColumn - area.firstColumn;
+  const std::size_t straight = steps.below.wraps() ? 0 : count;
+  LargestNorm largest;
+  for (std::size_t row = area.firstRow; row < area.lastRow; ++row) {
+    steps.below.enterRow(row);
+    const std::size_t offset = row * maps.mapColumns + area.firstColumn;
+    if (steps.below.wraps()) subtractWrapped<kTerms>(maps, steps, offset, width);
+    passRow<kTerms>(maps, steps, 0, straight, offset, 0, width, 0, largest);
+  }
+  return static_cast<double>(
+      std::max(hn::GetLane(hn::MaxOfLanes(Wide(), largest.wide)), hn::GetLane(largest.single)));
+}
+
+double subtract(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                std::size_t count) {
+  switch (maps.terms) {
+    case 1:
+      return passTile<1>(maps, area, updates, count);
+    case 2:
+      return passTile<2>(maps, area, updates, count);
+    case 3:
+      return passTile<3>(maps, area, updates, count);
+    default:
+      return passTile<4>(maps, area, updates, count);
+  }
+}
+
+}  // namespace lumo::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace lumo {
+
+HWY_EXPORT(subtract);
+
+double subtractMerged(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                      std::size_t count) {
+  return HWY_DYNAMIC_DISPATCH(subtract)(maps, area, updates, count);
+}
+
+}  // namespace lumo
+
+#endif

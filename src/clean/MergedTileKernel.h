@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstddef>
+
+#include "clean/CleanTileKernel.h"
+
+namespace lumo {
+
+/// Subtracts the sum of `count` <= kMaxTileUpdates steps from the pixels of a tile, in one pass over its
+/// pixels: the sum is formed in single precision in the order of the steps, and a residual is rounded once
+/// when it is taken off (where the beam's columns wrap in the tile, once per step). A sum of n steps with
+/// terms t is wrong by at most some 2 n N 2^-24 of the sum of |t|.
+///
+/// The bits do not depend on the instruction set that the processor has. All values must be finite. Touches
+/// nothing outside the tile; may run on several tiles at once.
+/// @return the largest S = r' W r of the tile as formed in single precision, 0 at least: wrong by at most
+///   16 2^-24 sum_jk |r_j W_jk r_k| at the pixel concerned as long as no value leaves the normal range of a
+///   float.
+[[nodiscard]] double subtractMerged(const CleanTileMaps& maps, const CleanTileArea& area,
+                                    const CleanUpdate* updates, std::size_t count);
+
+}  // namespace lumo
