@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "core/LargePages.h"
+
 namespace lumo {
 
 /// Dense matrix, row-major: element (row, column) lies at data()[columns() * row + column].
@@ -52,10 +54,12 @@ class AMatrix {
   /// Frees the storage; the matrix becomes 0 × 0.
   void clear() {
     rows_ = columns_ = 0;
-    std::vector<T>().swap(data_);
+    Storage().swap(data_);
   }
 
  private:
+  using Storage = std::vector<T, LargePages<T>>;
+
   void swap(AMatrix& other) noexcept {
     std::swap(rows_, other.rows_);
     std::swap(columns_, other.columns_);
@@ -64,7 +68,7 @@ class AMatrix {
 
   std::uint32_t rows_ = 0;
   std::uint32_t columns_ = 0;
-  std::vector<T> data_;
+  Storage data_;
 };
 
 }  // namespace lumo

@@ -107,5 +107,20 @@ TEST(TMinMaxTest, HoldsSixDoublesHorizontalVerticalValuesAndStartsUnset) {
   EXPECT_GT(unset.vMin, unset.vMax);
 }
 
+TEST(AMatrixTest, LargeMatricesStartAtZeroAndKeepTheirElements) {
+  constexpr std::uint32_t kRows = 1500;
+  AMatrix<float> matrix(kRows, 1000);
+  ASSERT_GE(matrix.size() * sizeof(float), LargePages<float>::kLeast);
+  for (std::size_t i = 0; i < matrix.size(); ++i) ASSERT_EQ(matrix.data()[i], 0.0F) << i;
+  matrix(kRows - 1, 999) = 7.0F;
+  const AMatrix<float> copy(matrix);
+  matrix.resize(10, 10);
+  EXPECT_EQ(copy(kRows - 1, 999), 7.0F);
+  matrix = copy;
+  EXPECT_EQ(matrix(kRows - 1, 999), 7.0F);
+  matrix.clear();
+  EXPECT_EQ(matrix.size(), 0u);
+}
+
 }  // namespace
 }  // namespace lumo
