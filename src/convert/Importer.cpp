@@ -6,6 +6,7 @@
 
 #include "convert/MsImporter.h"
 #include "convert/UvfitsImporter.h"
+#include "core/Leftovers.h"
 
 namespace lumo {
 
@@ -15,6 +16,7 @@ Status importVisibilities(const std::string& input, const ImportOptions& options
   report = {};
   report.input = input;
   std::error_code error;
+  removeLeftovers(options.outFolder);
   if (!fs::is_directory(input, error)) {
     if (!options.column.empty())
       return {StatusCode::kInvalidValue,

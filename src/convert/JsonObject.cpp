@@ -17,6 +17,25 @@ struct JsonObject::Value {
 namespace {
 
 constexpr double kArcsecPerMas = 1e-3;
+constexpr int kDeepest = 8;
+
+// True when brackets stand inside each other more than kDeepest times: each level takes fifty times its byte.
+bool isDeep(std::string_view text) {
+  int depth = 0;
+  bool quoted = false;
+  for (std::size_t i = 0; i < text.size() && depth <= kDeepest; ++i) {
+    const char c = text[i];
+    if (c == '"') quoted = !quoted;
+    if (quoted) {
+      if (c == '\\') ++i;
+    } else if (c == '[' || c == '{') {
+      ++depth;
+    } else if (c == ']' || c == '}') {
+      --depth;
+    }
+  }
+  return depth > kDeepest;
+}
 
 std::string found(const nlohmann::json& value) {
   return std::string("found ") + value.type_name();
@@ -30,6 +49,8 @@ JsonObject& JsonObject::operator=(JsonObject&&) noexcept = default;
 JsonObject::~JsonObject() = default;
 
 Status JsonObject::parse(std::string_view text, JsonObject& object) {
+  if (isDeep(text))
+    return {StatusCode::kBadFormat, "its JSON is nested more than " + toStr(kDeepest) + " levels deep"};
   JsonObject read;
   try {
     read.value_->json = nlohmann::json::parse(text);

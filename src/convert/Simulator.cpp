@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "convert/NoiseSource.h"
+#include "core/Leftovers.h"
 #include "core/Paths.h"
 #include "core/TextForm.h"
 #include "core/Units.h"
@@ -273,6 +274,7 @@ Status simulate(const SimulatorSettings& settings, const SkyModel& sky, const An
     std::error_code error;
     std::filesystem::create_directories(settings.folder, error);
     if (error) return {StatusCode::kWriteFailed, "cannot be created: " + error.message(), settings.folder};
+    removeLeftovers(settings.folder);
     AProgress progress(indicators.fileBar, static_cast<double>(settings.bandsMhz.size()));
     for (const double band : settings.bandsMhz) {
       indicators.setText("Simulating " + valToStr(band) + " MHz");

@@ -9,6 +9,8 @@
 #include <string_view>
 
 #include "core/TextForm.h"
+#include "io/FitsCards.h"
+#include "io/FitsFile.h"
 
 namespace lumo {
 namespace {
@@ -63,6 +65,20 @@ struct TableCard {
   }
 };
 
+/// Fails when a card of the header at `at` holds more than cfitsio has room for, or END is missing. The name
+/// of a column may fill its card but for the quotes.
+Status checkCards(const MappedFile& map, std::uint64_t at) {
+  for (std::string_view card = cardAt(map, at); !card.starts_with("END ");
+       card = cardAt(map, at += kCardBytes)) {
+    if (card.empty()) return {StatusCode::kBadFormat, "the file ends inside a header"};
+    const std::string_view value = cardValue(card);
+    if (!valueFits(card) || (card.starts_with("TTYPE") && !value.empty() && value.front() != '\''))
+      return {StatusCode::kBadFormat,
+              "a line of a header is no FITS card: " + cleanText(std::string(card), kCardBytes)};
+  }
+  return {};
+}
+
 /// False when the extension at `at` is a table whose header does not start as FITS demands. cfitsio takes
 /// memory for as many columns as TFIELDS says before it looks whether they are there, and for a random number
 /// of them when one of these cards is illegible.
@@ -110,8 +126,9 @@ Status UvfitsFile::open(const std::string& name) {
 }
 
 Status UvfitsFile::openFits() {
+  if (Status status = checkCards(map_, 0); !status.ok()) return status;
   int code = 0;
-  if (fits_open_diskfile(&handle_->fits, name_.c_str(), READONLY, &code) != 0) {
+  if (fits_open_diskfile(&handle_->fits, literalFitsPath(name_).c_str(), READONLY, &code) != 0) {
     handle_->fits = nullptr;
     return fitsFailure(code, "the primary header cannot be read");
   }
@@ -135,7 +152,7 @@ void UvfitsFile::listExtensions() {
     if (fits_get_hduaddrll(handle_->fits, nullptr, nullptr, &end, &code) != 0 || end < 0) break;
     const auto start = static_cast<std::uint64_t>(end);
     extensionsDamaged_ = isExtension(map_, start);
-    if (!extensionsDamaged_ || !tableStartIsSane(map_, start)) break;
+    if (!extensionsDamaged_ || !checkCards(map_, start).ok() || !tableStartIsSane(map_, start)) break;
     if (fits_movabs_hdu(handle_->fits, hdu, nullptr, &code) != 0) break;
     extensionsDamaged_ = false;
     extensions_.push_back({text("EXTNAME"), hdu});

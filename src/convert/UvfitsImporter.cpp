@@ -183,6 +183,7 @@ Status UvfitsImport::copyGroups() {
   for (std::uint64_t i = 0; i < groups_.count(); ++i) {
     if (i % kPollGroups == 0) {
       if (indicators_.cancelled()) return {StatusCode::kCancelled, "the import was stopped"};
+      if (Status intact = map.check(); !intact.ok()) return intact;
       progress.SetPos(static_cast<double>(i));
     }
     groups_.decode(map.data() + groups_.offset(i), parameters, visibilities, damage_);
@@ -194,7 +195,7 @@ Status UvfitsImport::copyGroups() {
   }
   report_.groups = groups_.count();
   progress.SetPos(static_cast<double>(groups_.count()));
-  return {};
+  return map.check();
 }
 
 Status UvfitsImport::copyGroup(std::uint64_t index, std::span<const double> parameters,

@@ -41,13 +41,19 @@ int AFile::Open(const std::string& name, int mode) {
   writeFailed_ = false;
   if (mode == kCreate) {
     pending_ = std::make_unique<PendingFile>(name);
-    stream_ = std::fopen(pending_->path().c_str(), "wbx");
-    if (stream_ == nullptr) {
-      const int error = errno;
-      pending_.reset();
-      return fail({StatusCode::kWriteFailed, std::string("cannot be created: ") + std::strerror(error)});
+    Status created = pending_->create();
+    if (created.ok()) {
+      // The stream gets a descriptor of its own: the lock and the sync of the first outlive it.
+      const int descriptor = ::fcntl(pending_->descriptor(), F_DUPFD_CLOEXEC, 0);
+      stream_ = descriptor < 0 ? nullptr : ::fdopen(descriptor, "wb");
+      if (stream_ == nullptr) {
+        created = {StatusCode::kWriteFailed, std::string("cannot be created: ") + std::strerror(errno)};
+        if (descriptor >= 0) ::close(descriptor);
+      }
     }
-    return 1;
+    if (created.ok()) return 1;
+    pending_.reset();
+    return fail(created);
   }
   // Without O_NONBLOCK opening a named pipe would wait for a writer.
   const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
@@ -94,6 +100,7 @@ int AFile::Read(void* bytes, std::size_t size) {
 int AFile::Write(const void* bytes, std::size_t size) {
   if (stream_ == nullptr || pending_ == nullptr)
     return fail({StatusCode::kWriteFailed, "is not open for writing"});
+  if (writeFailed_) return 0;
   if (size != 0 && std::fwrite(bytes, 1, size, stream_) != size) {
     writeFailed_ = true;
     return fail({StatusCode::kWriteFailed, std::string("cannot be written: ") + std::strerror(errno)});
@@ -101,11 +108,32 @@ int AFile::Write(const void* bytes, std::size_t size) {
   return 1;
 }
 
+Status AFile::readAt(std::uint64_t offset, void* bytes, std::size_t size) const {
+  if (stream_ == nullptr || pending_ != nullptr)
+    return {StatusCode::kReadFailed, "is not open for reading", name_};
+  const int descriptor = ::fileno(stream_);
+  auto* to = static_cast<char*>(bytes);
+  while (size > 0) {
+    const ssize_t got = ::pread(descriptor, to, size, static_cast<off_t>(offset));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0)
+      return {StatusCode::kReadFailed, std::string("cannot be read: ") + std::strerror(errno), name_};
+    if (got == 0) return {StatusCode::kBadFormat, "ends before it should", name_};
+    to += got;
+    offset += static_cast<std::uint64_t>(got);
+    size -= static_cast<std::size_t>(got);
+  }
+  return {};
+}
+
 int AFile::Rewind() {
   position_ = 0;
   if (stream_ != nullptr && std::fseek(stream_, 0, SEEK_SET) == 0) return 1;
   writeFailed_ = true;
-  return fail({StatusCode::kWriteFailed, "cannot be rewound"});
+  // Of a file being created the bytes that were still in the buffer could not be written.
+  return fail({StatusCode::kWriteFailed, pending_ != nullptr
+                                             ? std::string("cannot be written: ") + std::strerror(errno)
+                                             : "cannot be rewound"});
 }
 
 }  // namespace lumo

@@ -35,6 +35,9 @@ class AFile {
   /// Reads exactly `size` bytes; 0 if the file ends before.
   int Read(void* bytes, std::size_t size);
   int Write(const void* bytes, std::size_t size);
+  /// Reads exactly `size` bytes from `offset` on of a file open for reading, and leaves position and status()
+  /// alone. Several threads may do so at once.
+  [[nodiscard]] Status readAt(std::uint64_t offset, void* bytes, std::size_t size) const;
   /// Goes back to the first byte.
   int Rewind();
 
@@ -48,10 +51,10 @@ class AFile {
   /// Records the failure (about this file unless it names another) and returns 0.
   int fail(const Status& status);
   void setName(std::string name);
-
- private:
+  /// Closes; a file being created is given up.
   void giveUp();
 
+ private:
   std::string name_;
   Status status_;
   std::FILE* stream_ = nullptr;

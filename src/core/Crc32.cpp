@@ -11,4 +11,8 @@ std::uint32_t crc32Of(const void* bytes, std::size_t size, std::uint32_t seed) {
   return static_cast<std::uint32_t>(::crc32_z(seed, static_cast<const Bytef*>(bytes), size));
 }
 
+std::uint32_t crc32Joined(std::uint32_t first, std::uint32_t second, std::uint64_t secondSize) {
+  return static_cast<std::uint32_t>(::crc32_combine(first, second, static_cast<z_off_t>(secondSize)));
+}
+
 }  // namespace lumo

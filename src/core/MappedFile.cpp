@@ -28,18 +28,40 @@ Status MappedFile::open(const std::string& name) {
       size == 0 ? nullptr
                 : ::mmap(nullptr, static_cast<std::size_t>(size), PROT_READ, MAP_SHARED, descriptor, 0);
   const int error = errno;
-  ::close(descriptor);
-  if (mapped == MAP_FAILED)
+  if (mapped == MAP_FAILED) {
+    ::close(descriptor);
     return {StatusCode::kReadFailed, std::string("cannot be mapped: ") + std::strerror(error), name};
+  }
   data_ = static_cast<const std::uint8_t*>(mapped);
   size_ = size;
+  name_ = name;
+  descriptor_ = descriptor;
+  if (size != 0) guard_.watch(mapped, static_cast<std::size_t>(size));
   return {};
 }
 
 void MappedFile::close() {
+  guard_.forget();
   if (data_ != nullptr) ::munmap(const_cast<std::uint8_t*>(data_), static_cast<std::size_t>(size_));
+  if (descriptor_ >= 0) ::close(descriptor_);
   data_ = nullptr;
   size_ = 0;
+  descriptor_ = -1;
+}
+
+Status MappedFile::check() const {
+  if (descriptor_ < 0) return {};
+  struct stat info {};
+  const bool known = ::fstat(descriptor_, &info) == 0;
+  const auto now = static_cast<std::uint64_t>(info.st_size);
+  if (known && now < size_)
+    return {StatusCode::kReadFailed,
+            "was cut short while it was read: it had " + std::to_string(size_) + " bytes, it has " +
+                std::to_string(now),
+            name_};
+  if (!known || guard_.lost())
+    return {StatusCode::kReadFailed, "cannot be read any more: its disk or network gives no data", name_};
+  return {};
 }
 
 void MappedFile::release(std::uint64_t begin, std::uint64_t end) const {

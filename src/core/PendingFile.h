@@ -8,10 +8,11 @@
 namespace lumo {
 
 /// A file being written under a temporary name in the target's folder, which takes the target's name only
-/// when it is complete: a crash leaves the old file or the new one, never half of one.
+/// when it is complete and on the disk: a crash of the program or of the machine leaves the old file or the
+/// new one, never half of one.
 ///
-/// Use: construct, write to path(), then commit(). Without commit() the destructor removes the temporary
-/// file.
+/// Use: construct, create(), write to path(), then commit(). Without commit() the destructor removes the
+/// temporary file; what a killed process left, removeLeftovers() removes.
 class PendingFile {
  public:
   /// Names start with this, so that what a killed process left behind can be recognised.
@@ -23,20 +24,32 @@ class PendingFile {
   ~PendingFile();
 
   /// The temporary name: random, so that neither another process nor another machine that writes to the same
-  /// folder has it, and short, whatever the target's length.
+  /// folder has it, and short, whatever the target's length. create() may choose another.
   [[nodiscard]] const std::string& path() const { return path_; }
   [[nodiscard]] const std::string& target() const { return target_; }
-  /// Renames to the target, replacing an old file in one step. Fails with kWriteFailed; the temporary file is
-  /// removed then.
+  /// Makes the empty file, marked as in use. Fails with kWriteFailed; also, before anything is written, when
+  /// the target's name is longer than its folder takes.
+  [[nodiscard]] Status create();
+  /// The descriptor of create(), open for reading and writing, -1 before; it stays this object's.
+  [[nodiscard]] int descriptor() const { return descriptor_; }
+  /// Puts the bytes on the disk, renames to the target, replacing an old file in one step, and puts the name
+  /// on the disk. Fails with kWriteFailed; the temporary file is removed then.
   [[nodiscard]] Status commit();
 
  private:
+  void chooseName();
+  [[nodiscard]] bool hold(int descriptor);
+
   std::string target_;
   std::string path_;
+  int descriptor_ = -1;
   bool done_ = false;
 };
 
-/// Writes `content` to `target` as a PendingFile.
+/// Fails with kWriteFailed when the name of this file is longer than its folder takes (255 bytes as a rule).
+[[nodiscard]] Status checkNameLength(const std::string& target);
+
+/// Writes `content` to `target` as a PendingFile, after removing left-overs from its folder.
 [[nodiscard]] Status writeWholeFile(const std::string& target, const std::string& content);
 
 }  // namespace lumo

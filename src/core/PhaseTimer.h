@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <algorithm>
 #include <chrono>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace lumo {
 
@@ -27,6 +31,24 @@ class PhaseTimer {
  private:
   double& seconds_;
   Stopwatch watch_;
+};
+
+/// What a phase took and the phases that it consists of, in the order in which they began.
+struct PhaseTime {
+  PhaseTime() = default;
+  PhaseTime(std::string phase, double time, std::vector<PhaseTime> itsParts = {})
+      : name(std::move(phase)), seconds(time), parts(std::move(itsParts)) {}
+
+  std::string name;
+  double seconds = 0;  ///< wall clock
+  std::vector<PhaseTime> parts;
+
+  /// Appends a part with the time that the others do not account for, 0 when the clock's steps leave less.
+  void addOther() {
+    double left = seconds;
+    for (const PhaseTime& part : parts) left -= part.seconds;
+    parts.emplace_back("other", std::max(left, 0.0));
+  }
 };
 
 }  // namespace lumo

@@ -6,7 +6,6 @@
 #include <optional>
 #include <utility>
 
-#include "core/PendingFile.h"
 #include "io/FitsFile.h"
 #include "io/FitsMapReader.h"
 #include "io/FitsMapWriter.h"
@@ -19,10 +18,6 @@ struct AMapFile::Reading {
 };
 
 struct AMapFile::Writing {
-  explicit Writing(const std::string& target) : pending(target) {}
-
-  PendingFile pending;
-  FitsHandle file;
   std::optional<AMapHeader> header;
   std::optional<TMinMax> range;
   bool begun = false;
@@ -37,14 +32,12 @@ AMapFile::~AMapFile() {
 
 int AMapFile::Open(const std::string& name, int mode) {
   AMapFile::Close();
-  setName(name);
   if (mode == kCreate) {
-    auto writing = std::make_unique<Writing>(name);
-    const Status created = createFits(writing->pending.path(), writing->file);
-    if (!created.ok()) return fail(created);
-    writing_ = std::move(writing);
+    if (AFile::Open(name, kCreate) == 0) return 0;
+    writing_ = std::make_unique<Writing>();
     return 1;
   }
+  setName(name);
   auto reading = std::make_unique<Reading>();
   FitsHeader header;
   Status opened = readFitsHeader(name, header);
@@ -59,13 +52,10 @@ int AMapFile::Close() {
   reading_.reset();
   const auto writing = std::exchange(writing_, nullptr);
   if (writing == nullptr) return 1;
-  if (!writing->complete) {
-    if (!status().ok()) return 0;
-    return fail({StatusCode::kWriteFailed, "was closed before a map was put into it"});
-  }
-  Status closed = closeFits(writing->file);
-  if (closed.ok()) closed = writing->pending.commit();
-  return closed.ok() ? 1 : fail(closed);
+  if (writing->complete) return AFile::Close();
+  giveUp();
+  if (!status().ok()) return 0;
+  return fail({StatusCode::kWriteFailed, "was closed before a map was put into it"});
 }
 
 int AMapFile::giveHeader(AMapHeader& header) {
@@ -135,10 +125,8 @@ int AMapFile::PutMatrix(const AMatrix<float>& matrix, const AMatrixRect& rect) {
   const auto rows = static_cast<std::uint32_t>(rect.lastRow - rect.firstRow) + 1;
   const auto columns = static_cast<std::uint32_t>(rect.lastColumn - rect.firstColumn) + 1;
   const FitsCards cards = mapCards(*writing_->header, range, rows, columns, values);
-  const Status written = writeMapImage(writing_->file.get(), cards, matrix, rect);
-  if (!written.ok()) return fail(written);
-  writing_->complete = true;
-  return 1;
+  writing_->complete = writeMapImage(*this, cards, matrix, rect) != 0;
+  return writing_->complete ? 1 : 0;
 }
 
 }  // namespace lumo

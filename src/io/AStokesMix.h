@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include "core/AArray.h"
+#include "core/LittleEndian.h"
 #include "io/AUVXComplex.h"
 #include "io/AUVXFile.h"
 #include "io/UvxTables.h"
@@ -44,6 +46,14 @@ class AStokesMix {
     return second_ < 0 ? products[offset + first_]
                        : mean(products[offset + first_], products[offset + second_]);
   }
+  /// The same for a mix of one product, or of two (kTwoProducts, which must be second() >= 0), from the bytes
+  /// of a channel's products as a file holds them: nothing is aligned.
+  template <bool kTwoProducts>
+  [[nodiscard]] AUVXComplex fromBytes(const std::uint8_t* channel) const {
+    const AUVXComplex a = loadVisible(channel + static_cast<std::size_t>(first_) * sizeof(AUVXComplex));
+    if constexpr (!kTwoProducts) return a;
+    return mean(a, loadVisible(channel + static_cast<std::size_t>(second_) * sizeof(AUVXComplex)));
+  }
   /// The combination of two products that GetVisible forms.
   [[nodiscard]] static AUVXComplex mean(const AUVXComplex& a, const AUVXComplex& b) {
     const double re = (double{a.Re()} + double{b.Re()}) / 2;
@@ -67,6 +77,10 @@ class AStokesMix {
   bool operator==(const AStokesMix&) const = default;
 
  private:
+  [[nodiscard]] static AUVXComplex loadVisible(const std::uint8_t* bytes) {
+    return {loadLittle<float>(bytes), loadLittle<float>(bytes + 4), loadLittle<float>(bytes + 8)};
+  }
+
   StokesQuantity quantity_ = StokesQuantity::kI;
   std::int32_t first_ = 0;
   std::int32_t second_ = -1;

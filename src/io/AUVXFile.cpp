@@ -35,7 +35,10 @@ int AUVXFile::Open(const std::string& name, int mode) {
   setName(name);
   if (mode != kRead) return fail({StatusCode::kUnsupported, "visibility files are only opened for reading"});
   Status status = map_.open(name);
-  if (status.ok()) status = readAll();
+  if (status.ok()) {
+    status = readAll();
+    if (Status read = intact(); !read.ok()) status = std::move(read);
+  }
   if (status.ok()) return 1;
   Close();
   return fail(std::move(status));

@@ -32,6 +32,10 @@ class AUVXFile : public AFile {
   [[nodiscard]] const UvxShape& shape() const { return shape_; }
   [[nodiscard]] std::uint64_t groupCount() const { return groupCount_; }
   [[nodiscard]] std::uint32_t groupBytes() const { return groupBytes_; }
+  /// Of the whole file.
+  [[nodiscard]] std::uint64_t bytes() const { return map_.size(); }
+  /// Byte of the file at which group 0 begins.
+  [[nodiscard]] std::uint64_t groupOffset() const { return groupOffset_; }
 
   /// Moves to the group at a position (an index 0..groupCount()-1). Returns 0 outside.
   int SeekUVGroup(std::uint64_t position);
@@ -44,6 +48,10 @@ class AUVXFile : public AFile {
   /// Tells the system that the groups before `index` are not needed for now, so that a sequential pass stays
   /// small in memory.
   void releaseBefore(std::uint64_t index) const;
+
+  /// Whether what was read so far was the file's; kReadFailed when it was cut short or its disk failed
+  /// meanwhile. Such bytes read as zeros, so a pass asks this before its results are used.
+  [[nodiscard]] Status intact() const { return map_.check(); }
 
   // Header values; AUVXHeader hands them out under the names of the survey.
   [[nodiscard]] double uMin() const { return uMin_; }

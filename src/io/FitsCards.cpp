@@ -2,6 +2,7 @@
 #include "io/FitsCards.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "core/TextForm.h"
@@ -128,16 +129,34 @@ std::vector<std::string> FitsCards::historyLines() const {
   return lines;
 }
 
+std::string_view cardValue(std::string_view card) {
+  constexpr std::array<std::string_view, 4> kWithoutValue{"COMMENT ", "HISTORY ", "CONTINUE", "        "};
+  const std::string_view key = card.substr(0, kKeyWidth);
+  if (std::find(kWithoutValue.begin(), kWithoutValue.end(), key) != kWithoutValue.end()) return {};
+  const std::size_t sign = card.find('=');
+  const std::size_t start = sign == std::string_view::npos ? sign : card.find_first_not_of(' ', sign + 1);
+  return start == std::string_view::npos ? std::string_view() : trimRight(card.substr(start));
+}
+
+bool valueFits(std::string_view card) {
+  return cardValue(card).size() <= kCardWidth - kValueStart;
+}
+
 std::string axisKey(std::string_view stem, int axis) {
   return std::string(stem) + std::to_string(axis);
 }
 
-Status writeCards(fitsfile* file, const FitsCards& cards) {
-  int error = 0;
-  fits_set_hdrsize(file, static_cast<int>(cards.records().size()), &error);
-  for (const std::string& record : cards.records()) fits_write_record(file, record.c_str(), &error);
-  if (error != 0) return fitsFailure(error, StatusCode::kWriteFailed, "its header cannot be written");
-  return {};
+std::string headerBytes(const FitsCards& cards) {
+  constexpr std::size_t kBlockBytes = 2880;
+  std::string bytes;
+  const auto add = [&bytes](std::string_view card) {
+    bytes += card.substr(0, kCardWidth);
+    bytes.resize((bytes.size() + kCardWidth - 1) / kCardWidth * kCardWidth, ' ');
+  };
+  for (const std::string& record : cards.records()) add(record);
+  add("END");
+  bytes.resize((bytes.size() + kBlockBytes - 1) / kBlockBytes * kBlockBytes, ' ');
+  return bytes;
 }
 
 }  // namespace lumo

@@ -7,9 +7,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "core/Status.h"
-#include "io/FitsFile.h"
-
 namespace lumo {
 
 /// The cards of a FITS header as text, to look values up in or to write. Of several cards with one keyword
@@ -47,10 +44,17 @@ class FitsCards {
   std::unordered_map<std::string, std::size_t> index_;
 };
 
+/// What stands behind the first "=" of a card, comment included, without blanks at either end; nothing on
+/// cards that hold no value, like COMMENT.
+[[nodiscard]] std::string_view cardValue(std::string_view card);
+/// False when that is longer than the 70 characters FITS has room for, which takes a "=" too far in front.
+/// cfitsio reads such values too, and writes some behind the end of its memory.
+[[nodiscard]] bool valueFits(std::string_view card);
+
 /// The keyword of an axis, e.g. "CRPIX" and 1 give "CRPIX1".
 [[nodiscard]] std::string axisKey(std::string_view stem, int axis);
 
-/// Appends the cards to the header of the current HDU.
-[[nodiscard]] Status writeCards(fitsfile* file, const FitsCards& cards);
+/// The bytes of a header: cards of 80 characters, END, blanks up to a whole block of 2880.
+[[nodiscard]] std::string headerBytes(const FitsCards& cards);
 
 }  // namespace lumo

@@ -5,14 +5,9 @@
 
 namespace lumo {
 
-namespace {
-
-// cfitsio skips leading blanks and expands a leading "~" even in names it is told to take as they stand.
-std::string literalPath(const std::string& path) {
+std::string literalFitsPath(const std::string& path) {
   return path.starts_with('/') ? path : "./" + path;
 }
-
-}  // namespace
 
 void FitsCloser::operator()(fitsfile* file) const {
   int error = 0;
@@ -30,25 +25,9 @@ Status fitsFailure(int error, StatusCode code, const std::string& what) {
 Status openFits(const std::string& path, FitsHandle& file) {
   fitsfile* opened = nullptr;
   int error = 0;
-  fits_open_diskfile(&opened, literalPath(path).c_str(), READONLY, &error);
+  fits_open_diskfile(&opened, literalFitsPath(path).c_str(), READONLY, &error);
   if (error != 0) return fitsFailure(error, StatusCode::kReadFailed, "cannot be read as a FITS file");
   file.reset(opened);
-  return {};
-}
-
-Status createFits(const std::string& path, FitsHandle& file) {
-  fitsfile* created = nullptr;
-  int error = 0;
-  fits_create_diskfile(&created, literalPath(path).c_str(), &error);
-  if (error != 0) return fitsFailure(error, StatusCode::kWriteFailed, "cannot be created");
-  file.reset(created);
-  return {};
-}
-
-Status closeFits(FitsHandle& file) {
-  int error = 0;
-  fits_close_file(file.release(), &error);
-  if (error != 0) return fitsFailure(error, StatusCode::kWriteFailed, "cannot be written");
   return {};
 }
 

@@ -21,13 +21,13 @@ using FitsHandle = std::unique_ptr<fitsfile, FitsCloser>;
 /// message stack; its longer messages are not used because all threads share that stack.
 [[nodiscard]] Status fitsFailure(int error, StatusCode code, const std::string& what);
 
+/// A path for cfitsio, which skips leading blanks and expands a leading "~" even in names it is told to take
+/// as they stand.
+[[nodiscard]] std::string literalFitsPath(const std::string& path);
+
 /// Opens a FITS file for reading at its primary HDU, by plain file name: nothing in the name is special.
 /// cfitsio trusts headers and unpacks compressed files into memory, so the file must have passed
 /// readFitsHeader().
 [[nodiscard]] Status openFits(const std::string& path, FitsHandle& file);
-/// Creates an empty file, by plain file name. Fails if it exists.
-[[nodiscard]] Status createFits(const std::string& path, FitsHandle& file);
-/// Writes what is buffered and closes; the handle is empty afterwards in any case.
-[[nodiscard]] Status closeFits(FitsHandle& file);
 
 }  // namespace lumo

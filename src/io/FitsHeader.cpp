@@ -38,13 +38,15 @@ Status checkStart(std::string_view start) {
 }
 
 // Takes the cards of one block; `ended` when END was among them.
-void takeCards(std::string_view block, FitsCards& cards, bool& ended) {
+Status takeCards(std::string_view block, FitsCards& cards, bool& ended) {
   for (std::size_t at = 0; at < block.size() && !ended; at += kCardBytes) {
     std::string_view card = block.substr(at, kCardBytes);
     card = card.substr(0, card.find_last_not_of(' ') + 1);
     ended = card == "END";
+    if (!valueFits(card)) return bad("has a broken header: no FITS card is " + printable(card));
     if (!ended) cards.addRecord(std::string(card));
   }
+  return {};
 }
 
 Status readCards(AFile& file, FitsCards& cards) {
@@ -57,7 +59,7 @@ Status readCards(AFile& file, FitsCards& cards) {
       if (Status start = checkStart({block.data(), size}); !start.ok()) return start;
     if (size < kBlockBytes) return bad("is cut short: its header has no END");
     if (read >= kMaxHeaderBytes) return refuse("has a header of more than 64 MiB");
-    takeCards({block.data(), size}, cards, ended);
+    if (Status taken = takeCards({block.data(), size}, cards, ended); !taken.ok()) return taken;
   }
   return {};
 }

@@ -2,10 +2,14 @@
 #include "io/FitsMapWriter.h"
 
 #include <algorithm>
-#include <array>
+#include <bit>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <vector>
 
+#include "core/TextForm.h"
 #include "core/Version.h"
 #include "io/MapForm.h"
 
@@ -14,6 +18,24 @@ namespace lumo {
 namespace {
 
 constexpr double kArcsecPerDegree = 3600.0;
+constexpr std::size_t kFitsBlockBytes = 2880;
+
+// The mandatory cards, in the words of cfitsio.
+void addImage(FitsCards& cards, std::uint32_t rows, std::uint32_t columns) {
+  const auto add = [&cards](const std::string& key, const std::string& value, const std::string& comment) {
+    cards.addRecord(formatted("%-8s= %20s / %s", key.c_str(), value.c_str(), comment.c_str()));
+  };
+  add("SIMPLE", "T", "file does conform to FITS standard");
+  add("BITPIX", "-32", "number of bits per data pixel");
+  const std::uint32_t sizes[] = {columns, rows, 1, 1};
+  add("NAXIS", toStr(std::int64_t{std::size(sizes)}), "number of data axes");
+  for (int axis = 1; const std::uint32_t size : sizes) {
+    add(axisKey("NAXIS", axis), toStr(std::int64_t{size}),
+        "length of data axis " + toStr(std::int64_t{axis}));
+    ++axis;
+  }
+  add("EXTEND", "T", "FITS dataset may contain extensions");
+}
 
 struct AxisCards {
   const char* type;
@@ -111,6 +133,7 @@ ValueRange finiteRange(const AMatrix<float>& matrix, const AMatrixRect& rect) {
 FitsCards mapCards(const AMapHeader& header, const TMinMax& range, std::uint32_t rows, std::uint32_t columns,
                    const ValueRange& values) {
   FitsCards cards;
+  addImage(cards, rows, columns);
   addAxes(cards, header, range, rows, columns);
   addSky(cards, header);
   addValues(cards, header, values);
@@ -119,30 +142,28 @@ FitsCards mapCards(const AMapHeader& header, const TMinMax& range, std::uint32_t
   return cards;
 }
 
-Status writeMapImage(fitsfile* file, const FitsCards& cards, const AMatrix<float>& matrix,
-                     const AMatrixRect& rect) {
+int writeMapImage(AFile& file, const FitsCards& cards, const AMatrix<float>& matrix,
+                  const AMatrixRect& rect) {
+  const std::string header = headerBytes(cards);
+  if (file.Write(header.data(), header.size()) == 0) return 0;
   const std::int64_t rows = std::int64_t{rect.lastRow} - rect.firstRow + 1;
   const std::int64_t columns = std::int64_t{rect.lastColumn} - rect.firstColumn + 1;
-  std::array<LONGLONG, 4> axes{columns, rows, 1, 1};
-  int error = 0;
-  fits_create_imgll(file, FLOAT_IMG, static_cast<int>(axes.size()), axes.data(), &error);
-  if (error != 0) return fitsFailure(error, StatusCode::kWriteFailed, "its header cannot be written");
-  if (Status written = writeCards(file, cards); !written.ok()) return written;
-
   constexpr std::int64_t kBlockPixels = std::int64_t{1} << 18;
   const std::int64_t rowsPerBlock = std::clamp<std::int64_t>(kBlockPixels / columns, 1, rows);
-  std::vector<float> block(static_cast<std::size_t>(rowsPerBlock * columns));
-  for (std::int64_t row = 0; row < rows && error == 0; row += rowsPerBlock) {
-    const std::int64_t count = std::min(rowsPerBlock, rows - row);
+  std::vector<std::uint32_t> block(static_cast<std::size_t>(rowsPerBlock * columns));
+  for (std::int64_t row = 0; row < rows; row += rowsPerBlock) {
     auto out = block.begin();
-    for (std::int64_t r = row; r < row + count; ++r) {
+    for (std::int64_t r = row; r < std::min(row + rowsPerBlock, rows); ++r) {
       const float* const line = &matrix(static_cast<std::uint32_t>(rect.firstRow + r), 0);
-      out = std::reverse_copy(line + rect.firstColumn, line + rect.lastColumn + 1, out);
+      for (std::int64_t column = rect.lastColumn; column >= rect.firstColumn; --column)
+        *out++ = __builtin_bswap32(std::bit_cast<std::uint32_t>(line[column]));
     }
-    fits_write_img(file, TFLOAT, row * columns + 1, count * columns, block.data(), &error);
+    if (file.Write(block.data(), static_cast<std::size_t>(out - block.begin()) * sizeof(std::uint32_t)) == 0)
+      return 0;
   }
-  if (error != 0) return fitsFailure(error, StatusCode::kWriteFailed, "its pixels cannot be written");
-  return {};
+  const auto pixelBytes = static_cast<std::size_t>(rows * columns) * sizeof(float);
+  const std::string padding((kFitsBlockBytes - pixelBytes % kFitsBlockBytes) % kFitsBlockBytes, '\0');
+  return file.Write(padding.data(), padding.size());
 }
 
 }  // namespace lumo

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "core/AFile.h"
 #include "core/AMatrix.h"
 #include "core/AMatrixRect.h"
 #include "core/Status.h"
@@ -19,14 +20,15 @@ struct ValueRange {
 };
 [[nodiscard]] ValueRange finiteRange(const AMatrix<float>& matrix, const AMatrixRect& rect);
 
-/// All cards of a map file behind the mandatory ones (docs/formats.md). `rows` and `columns` are those
+/// All cards of a map file (docs/formats.md). `rows` and `columns` are those
 /// written, `values` the range of their finite pixels.
 [[nodiscard]] FitsCards mapCards(const AMapHeader& header, const TMinMax& range, std::uint32_t rows,
                                  std::uint32_t columns, const ValueRange& values);
 
-/// Writes a part of a matrix as the primary image of a new file: mandatory cards, `cards`, then the pixels,
-/// the columns from east to west. Needs about a megabyte besides the matrix.
-[[nodiscard]] Status writeMapImage(fitsfile* file, const FitsCards& cards, const AMatrix<float>& matrix,
-                                   const AMatrixRect& rect);
+/// Writes `cards`, then a part of a matrix, the columns from east to west, to a file being created. Needs
+/// about a megabyte besides the matrix. Returns 0 when the file does not take it, with the reason in its
+/// status(). Not through cfitsio, which does not tell when the last of its bytes meet a full disk.
+[[nodiscard]] int writeMapImage(AFile& file, const FitsCards& cards, const AMatrix<float>& matrix,
+                                const AMatrixRect& rect);
 
 }  // namespace lumo

@@ -60,7 +60,10 @@ UvxStatistics countGroups(AUVXFile& file) {
   constexpr std::uint64_t residentBytes = std::uint64_t{16} << 20;
   const std::uint64_t groupsBetweenReleases = residentBytes / file.groupBytes() + 1;
   for (std::uint64_t g = 0; g < file.groupCount(); ++g) {
-    if (g % groupsBetweenReleases == 0) file.releaseBefore(g);
+    if (g % groupsBetweenReleases == 0) {
+      if (!file.intact().ok()) break;
+      file.releaseBefore(g);
+    }
     file.SeekUVGroup(g);
     visibility.load(file);
     statistics.add(UvxRecord::load(file.group()), visibility.values());

@@ -56,7 +56,8 @@ class UvxStatistics {
   std::uint64_t flagged_ = 0;
 };
 
-/// Reads all groups of an open file once; memory stays bounded.
+/// Reads all groups of an open file once; memory stays bounded. Ends early when the file is not intact() any
+/// more.
 [[nodiscard]] UvxStatistics countGroups(AUVXFile& file);
 
 }  // namespace lumo

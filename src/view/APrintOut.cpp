@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "view/APrintOut.h"
 
+#include <QBuffer>
 #include <QPageLayout>
 #include <QPagedPaintDevice>
 #include <QPainter>
 #include <QPdfWriter>
-#include <filesystem>
 #include <utility>
 
 #include "core/PendingFile.h"
@@ -64,9 +64,11 @@ Status APrintOut::print(QPagedPaintDevice& device, const PrintAbort& isAborted) 
 }
 
 Status APrintOut::printToPdf(const std::string& path, const PrintAbort& isAborted) const {
-  PendingFile file(path);
+  // Not into the file itself: the PDF writer does not report a disk that fills up.
+  QBuffer pages;
+  pages.open(QIODevice::WriteOnly);
   {
-    QPdfWriter writer(QString::fromStdString(file.path()));
+    QPdfWriter writer(&pages);
     writer.setTitle(title_);
     writer.setResolution(kPdfResolution);
     const QSizeF size = window_.printedSize();
@@ -77,11 +79,8 @@ Status APrintOut::printToPdf(const std::string& path, const PrintAbort& isAborte
     const Status printed = print(writer, isAborted);
     if (!printed.ok()) return printed.about(path);
   }
-  std::error_code error;
-  // The PDF writer reports nothing itself when it cannot write.
-  if (std::filesystem::file_size(file.path(), error) == 0 || error)
-    return {StatusCode::kWriteFailed, "cannot write the print-out", path};
-  return file.commit();
+  if (pages.data().isEmpty()) return {StatusCode::kOutOfMemory, "the print-out cannot be drawn", path};
+  return writeWholeFile(path, pages.data().toStdString());
 }
 
 }  // namespace lumo

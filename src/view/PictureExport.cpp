@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "view/PictureExport.h"
 
+#include <QBuffer>
 #include <QImage>
 #include <QPainter>
 #include <QPdfWriter>
@@ -24,7 +25,7 @@ std::string extensionOf(const std::string& path) {
   return extension;
 }
 
-bool writePng(const QSize& size, const Draw& draw, const QString& path) {
+bool writePng(const QSize& size, const Draw& draw, QIODevice& out) {
   constexpr int kScale = 2;  // a picture for print, not only for the screen
   QImage image(size * kScale, QImage::Format_ARGB32_Premultiplied);
   if (image.isNull()) return false;
@@ -32,11 +33,11 @@ bool writePng(const QSize& size, const Draw& draw, const QString& path) {
   image.fill(Qt::white);
   draw(image);
   image.setDevicePixelRatio(1.0);
-  return image.save(path, "PNG");
+  return image.save(&out, "PNG");
 }
 
-bool writePdf(const QSize& size, const Draw& draw, const QString& path) {
-  QPdfWriter writer(path);
+bool writePdf(const QSize& size, const Draw& draw, QIODevice& out) {
+  QPdfWriter writer(&out);
   writer.setResolution(96);
   writer.setPageMargins(QMarginsF());
   // A page of exactly this size: 96 logical pixels are an inch.
@@ -48,9 +49,9 @@ bool writePdf(const QSize& size, const Draw& draw, const QString& path) {
   return true;
 }
 
-bool writeSvg(const QSize& size, const Draw& draw, const QString& path) {
+bool writeSvg(const QSize& size, const Draw& draw, QIODevice& out) {
   QSvgGenerator generator;
-  generator.setFileName(path);
+  generator.setOutputDevice(&out);
   generator.setSize(size);
   generator.setViewBox(QRect(QPoint(), size));
   generator.setResolution(96);
@@ -70,14 +71,12 @@ Status exportPicture(const QSize& size, const Draw& draw, const std::string& pat
   if (write == nullptr) {
     return {StatusCode::kInvalidValue, "a picture needs a name that ends in .png, .pdf or .svg", path};
   }
-  PendingFile file(path);
-  const bool written = write(size, draw, QString::fromStdString(file.path()));
-  std::error_code error;
-  // The PDF and SVG writers report nothing themselves when they cannot write.
-  if (!written || std::filesystem::file_size(file.path(), error) == 0 || error) {
-    return {StatusCode::kWriteFailed, "cannot write the picture", path};
-  }
-  return file.commit();
+  // Not into the file itself: the PDF and SVG writers do not report a disk that fills up.
+  QBuffer picture;
+  picture.open(QIODevice::WriteOnly);
+  if (!write(size, draw, picture) || picture.data().isEmpty())
+    return {StatusCode::kOutOfMemory, "the picture cannot be drawn", path};
+  return writeWholeFile(path, picture.data().toStdString());
 }
 
 Status exportPicture(QWidget& widget, const std::string& path) {

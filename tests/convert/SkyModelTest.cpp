@@ -212,9 +212,9 @@ TEST(SkyModelTest, BrokenJsonIsRefusedWithItsLine) {
 }
 
 TEST(SkyModelTest, DeepNestingIsRefusedWithoutExhaustingTheStack) {
-  EXPECT_THAT(refusal(std::string(500000, '[')), HasSubstr("JSON"));
+  EXPECT_THAT(refusal(std::string(500000, '[')), HasSubstr("more than 8 levels"));
   EXPECT_THAT(refusal(R"({"name":)" + std::string(200000, '[') + std::string(200000, ']') + "}"),
-              HasSubstr("name"));
+              HasSubstr("more than 8 levels"));
 }
 
 TEST(SkyModelTest, AnOversizedListIsRefused) {
@@ -234,6 +234,31 @@ TEST(SkyModelTest, LoadsAFileAndNamesItInAFailure) {
   EXPECT_EQ(sky.load(folder.file("bad.json")).file(), folder.file("bad.json"));
   EXPECT_EQ(sky.load(folder.file("none.json")).code(), StatusCode::kNotFound);
   EXPECT_EQ(sky.name(), "test") << "a failure must leave the model as it was";
+}
+
+TEST(SkyModelTest, ListsInsideListsAreRefusedWhereTheyStand) {
+  for (const std::size_t depth : {1U, 5U}) {
+    const std::string lists = std::string(depth, '[') + std::string(depth, ']');
+    EXPECT_THAT(refusal(model(kPoint, "\"more\":" + lists + ",")), HasSubstr("more: is not a known key"))
+        << depth;
+    EXPECT_THAT(refusal(R"({"ra_deg":)" + lists + "}"), HasSubstr("ra_deg: a number is expected")) << depth;
+    EXPECT_THAT(
+        refusal(R"({"ra_deg":1,"dec_deg":1,"reference_mhz":1,"components":[{"type":)" + lists + "}]}"),
+        HasSubstr("components[0].type: a string is expected"))
+        << depth;
+  }
+}
+
+// Each level would take fifty times its byte in memory.
+TEST(SkyModelTest, DeepNestingIsRefusedBeforeItIsBuilt) {
+  EXPECT_THAT(refusal(model(kPoint, R"("more":)" + std::string(8, '[') + std::string(8, ']') + ",")),
+              HasSubstr("more than 8 levels"));
+  EXPECT_THAT(refusal(model(kPoint, R"("more":)" + std::string(7, '[') + std::string(7, ']') + ",")),
+              HasSubstr("more: is not a known key"));
+  // Brackets inside a text are none, a quote behind a backslash does not end it.
+  const SkyModel sky = parsed(
+      model(R"({"name":"[[[[[\"[[[[","type":"point","east_mas":0,"north_mas":0,"flux_jy":1,"index":0})"));
+  EXPECT_EQ(sky.components()[0].name, "[[[[[\"[[[[");
 }
 
 }  // namespace

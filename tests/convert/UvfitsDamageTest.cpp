@@ -111,6 +111,26 @@ TEST_F(UvfitsDamageTest, ATableThatClaimsAMillionColumnsIsNotOpened) {
   EXPECT_THAT(report_.warnings, ElementsAre(HasSubstr("HDU 3 is damaged")));
 }
 
+// cfitsio copies such a name and the zero behind it into 70 bytes.
+TEST_F(UvfitsDamageTest, AColumnNameWithoutQuotesThatFillsItsCardIsDamage) {
+  UvfitsBuilder builder;
+  builder.add(0.1, 0.2, 258, 1, 0, 1);
+  builder.tables.push_back(test::antennaTable());
+  builder.tables.back().text("A").numbers({1, 2, 3, 1}).card("TTYPE1", std::string(70, 'X'));
+  EXPECT_THAT(refusal(builder), HasSubstr("HDU 2 is damaged"));
+}
+
+TEST_F(UvfitsDamageTest, AValueLongerThanACardHasRoomForIsDamage) {
+  UvfitsBuilder builder;
+  builder.add(0.1, 0.2, 258, 1, 0, 1);
+  std::string bytes = builder.bytes();
+  const std::size_t end = bytes.find("END     ");
+  ASSERT_NE(end, std::string::npos);
+  bytes.replace(end, 80, "A='" + std::string(68, 'x') + "''yyyyyy'");
+  bytes.replace(end + 80, 4, "END ");
+  EXPECT_THAT(importBytes(bytes).message(), HasSubstr("no FITS card"));
+}
+
 TEST_F(UvfitsDamageTest, AnImageIsRefused) {
   FitsHeader header;
   header.logical("SIMPLE", true).whole("BITPIX", -32).whole("NAXIS", 2);

@@ -189,6 +189,24 @@ TEST(AFileTest, ADiskFoundFullOnlyWhenTheBufferIsWrittenOutFailsTheClose) {
   EXPECT_THAT(namesIn(folder), IsEmpty());
 }
 
+TEST(AFileTest, ADiskFoundFullOnGoingBackToTheFirstByteIsTheReasonTold) {
+  const TempFolder folder;
+  int rewound = 1;
+  Status status;
+  {
+    const test::FullDisk full(10);
+    AFile file;
+    ASSERT_EQ(file.Open(folder.file("x.bin"), AFile::kCreate), 1);
+    EXPECT_EQ(file.Write("twelve bytes", 12), 1);  // still in the stream's buffer
+    rewound = file.Rewind();
+    status = file.status();
+    EXPECT_EQ(file.Close(), 0);
+  }
+  EXPECT_EQ(rewound, 0);
+  EXPECT_THAT(status.text(), HasSubstr("cannot be written: File too large"));
+  EXPECT_THAT(namesIn(folder), IsEmpty());
+}
+
 TEST(AFileTest, AFileInAFolderThatIsNotThereCannotBeCreated) {
   const TempFolder folder;
   AFile file;
@@ -250,6 +268,22 @@ TEST(AFileTest, AFileThatGrowsWhileOpenHasNothingRemainingBeyondItsOldEnd) {
 TEST(AFileTest, ClosingAFileThatIsNotOpenSucceeds) {
   AFile file;
   EXPECT_EQ(file.Close(), 1);
+}
+
+TEST(AFileTest, BytesAnywhereAreReadWithoutMovingThePosition) {
+  const test::TempFolder folder;
+  test::writeFile(folder.file("a"), "0123456789");
+  AFile file;
+  char bytes[4] = {};
+  EXPECT_EQ(file.readAt(0, bytes, 1).code(), StatusCode::kReadFailed) << "not open";
+  ASSERT_EQ(file.Open(folder.file("a"), AFile::kRead), 1);
+  ASSERT_TRUE(file.readAt(6, bytes, 4).ok());
+  EXPECT_EQ(std::string(bytes, 4), "6789");
+  ASSERT_EQ(file.Read(bytes, 2), 1);
+  EXPECT_EQ(std::string(bytes, 2), "01");
+  const Status beyond = file.readAt(7, bytes, 4);
+  EXPECT_EQ(beyond.code(), StatusCode::kBadFormat);
+  EXPECT_EQ(beyond.file(), folder.file("a"));
 }
 
 }  // namespace

@@ -41,5 +41,12 @@ TEST(Crc32Test, AnEmptyPieceLeavesTheCrcEvenWithoutAPointer) {
   EXPECT_EQ(crc32Of(nullptr, 0, 0x12345678U), 0x12345678U);
 }
 
+TEST(Crc32Test, TheCrcOfTwoPiecesIsThatOfTheWhole) {
+  const std::string bytes = "visibilities";
+  for (std::size_t cut = 0; cut <= bytes.size(); ++cut)
+    EXPECT_EQ(crc32Joined(slowCrc(bytes.substr(0, cut)), slowCrc(bytes.substr(cut)), bytes.size() - cut),
+              slowCrc(bytes));
+}
+
 }  // namespace
 }  // namespace lumo

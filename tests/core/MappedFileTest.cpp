@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -92,6 +96,77 @@ TEST(MappedFileTest, AFailedOpenSaysWhyAndLeavesTheObjectClosed) {
   EXPECT_EQ(file.open(folder.path()).code(), StatusCode::kReadFailed);
   ASSERT_EQ(::mkfifo(folder.file("pipe").c_str(), 0600), 0);
   EXPECT_EQ(file.open(folder.file("pipe")).code(), StatusCode::kReadFailed);
+}
+
+TEST(MappedFileTest, AFileCutShortWhileItIsReadGivesZerosAndSaysSo) {
+  const TempFolder folder;
+  const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  writeFile(folder.file("x"), std::string(8 * page, 'x'));
+  MappedFile file;
+  ASSERT_TRUE(file.open(folder.file("x")).ok());
+  EXPECT_TRUE(file.check().ok());
+  ASSERT_EQ(::truncate(folder.file("x").c_str(), static_cast<off_t>(page + 10)), 0);
+  EXPECT_EQ(file.data()[page + 9], 'x');
+  EXPECT_EQ(file.data()[page + 10], 0);
+  EXPECT_EQ(file.data()[3 * page], 0);
+  EXPECT_EQ(file.data()[8 * page - 1], 0);
+  const Status status = file.check();
+  EXPECT_EQ(status.code(), StatusCode::kReadFailed);
+  EXPECT_EQ(status.file(), folder.file("x"));
+  EXPECT_NE(status.message().find(std::to_string(8 * page)), std::string::npos) << status.message();
+  EXPECT_NE(status.message().find(std::to_string(page + 10)), std::string::npos) << status.message();
+}
+
+TEST(MappedFileTest, BytesThatWereMissingAreToldOfEvenWhenTheFileHasItsSizeAgain) {
+  const TempFolder folder;
+  const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  writeFile(folder.file("x"), std::string(4 * page, 'x'));
+  MappedFile file;
+  ASSERT_TRUE(file.open(folder.file("x")).ok());
+  ASSERT_EQ(::truncate(folder.file("x").c_str(), 0), 0);
+  EXPECT_EQ(file.data()[2 * page], 0);
+  ASSERT_EQ(::truncate(folder.file("x").c_str(), static_cast<off_t>(4 * page)), 0);
+  EXPECT_EQ(file.check().code(), StatusCode::kReadFailed);
+  // Another file in the same object starts anew.
+  writeFile(folder.file("y"), "whole");
+  ASSERT_TRUE(file.open(folder.file("y")).ok());
+  EXPECT_TRUE(file.check().ok());
+}
+
+TEST(MappedFileTest, AFileCutShortDoesNotConcernTheOthers) {
+  const TempFolder folder;
+  const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  const std::string bytes = content(4 * page);
+  writeFile(folder.file("a"), bytes);
+  writeFile(folder.file("b"), bytes);
+  MappedFile a, b;
+  ASSERT_TRUE(a.open(folder.file("a")).ok());
+  ASSERT_TRUE(b.open(folder.file("b")).ok());
+  ASSERT_EQ(::truncate(folder.file("a").c_str(), 0), 0);
+  EXPECT_EQ(a.data()[0], 0);
+  EXPECT_TRUE(holds(b, bytes));
+  EXPECT_TRUE(b.check().ok());
+  EXPECT_FALSE(a.check().ok());
+}
+
+TEST(MappedFileTest, ABusErrorElsewhereEndsTheProgramAsBefore) {
+  const TempFolder folder;
+  const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  writeFile(folder.file("guarded"), "x");
+  writeFile(folder.file("plain"), std::string(page, 'x'));
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::signal(SIGBUS, SIG_DFL);
+    MappedFile guarded;
+    const bool open = guarded.open(folder.file("guarded")).ok();
+    const int descriptor = ::open(folder.file("plain").c_str(), O_RDONLY);
+    const auto* const bytes =
+        static_cast<const volatile char*>(::mmap(nullptr, page, PROT_READ, MAP_SHARED, descriptor, 0));
+    ::_exit(open && ::truncate(folder.file("plain").c_str(), 0) == 0 ? bytes[0] : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGBUS) << status;
 }
 
 }  // namespace

@@ -76,6 +76,27 @@ TEST(PendingFileTest, ACommitThatFailsSaysWhyAndRemovesTheTemporaryFile) {
   EXPECT_FALSE(exists(temporary));
 }
 
+TEST(PendingFileTest, CreateMakesAnEmptyFileThatNobodyElseHas) {
+  const TempFolder folder;
+  PendingFile pending(folder.file("x"));
+  const std::string first = pending.path();
+  writeFile(first, "of somebody else");
+  ASSERT_TRUE(pending.create().ok());
+  EXPECT_NE(pending.path(), first);
+  EXPECT_EQ(readFile(pending.path()), "");
+  EXPECT_EQ(readFile(first), "of somebody else");
+}
+
+TEST(PendingFileTest, ATooLongNameIsRefusedBeforeAnythingIsWrittenAndBothLengthsAreTold) {
+  const TempFolder folder;
+  PendingFile pending(folder.file(std::string(256, 'n')));
+  const Status status = pending.create();
+  EXPECT_EQ(status.code(), StatusCode::kWriteFailed);
+  EXPECT_NE(status.message().find("256"), std::string::npos) << status.message();
+  EXPECT_NE(status.message().find("255"), std::string::npos) << status.message();
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
 TEST(PendingFileTest, TwoWritersOfOneTargetDoNotDisturbEachOther) {
   const TempFolder folder;
   PendingFile first(folder.file("x"));

@@ -15,6 +15,7 @@
 #include "MapSample.h"
 #include "io/AMapFile.h"
 #include "io/MapProduct.h"
+#include "support/FullDisk.h"
 #include "support/TempFolder.h"
 
 namespace lumo {
@@ -73,6 +74,26 @@ TEST(AMapFileTest, AWrittenMapReadBackYieldsTheSameMatrixTheSameTMinMaxAndTheSam
     EXPECT_EQ(map.range, fullRange(6, 4));
     EXPECT_EQ(map.header.Unit(), unit);
   }
+}
+
+TEST(AMapFileTest, ADiskThatIsFullAtAnyByteKeepsTheOldMapWhole) {
+  const TempFolder folder;
+  const std::string path = folder.file("x.exm");
+  const AMatrix<float> matrix = ramp(50, 40);
+  ASSERT_TRUE(writeMap(path, fullHeader(), fullRange(50, 40), matrix).ok());
+  const std::string whole = readFile(path);
+  for (const std::size_t missing :
+       {std::size_t{1}, std::size_t{288}, std::size_t{2880}, std::size_t{8000}, whole.size() - 1}) {
+    Status status;
+    {
+      const test::FullDisk full(whole.size() - missing);
+      status = writeMap(path, fullHeader(), fullRange(50, 40), ramp(50, 40));
+    }
+    EXPECT_EQ(status.code(), StatusCode::kWriteFailed) << missing;
+    EXPECT_EQ(status.file(), path);
+    EXPECT_EQ(readFile(path) == whole, true) << missing;
+  }
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }
 
 TEST(AMapFileTest, NaNPixelsSurviveAWriteAndARead) {

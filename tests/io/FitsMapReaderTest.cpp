@@ -390,5 +390,14 @@ TEST(FitsMapReaderTest, DamagedHeadersNeverCrashAndNeverYieldMoreThanTheFileHold
   EXPECT_GT(read, 0);  // else the damage never reached the reader's later steps
 }
 
+// With a "=" this far in front the value has 76 characters, and the pair of quotes stands where cfitsio
+// counts wrongly.
+TEST(FitsMapReaderTest, ACardWhoseValueIsLongerThanFitsHasRoomForIsRefused) {
+  const std::string value = "'" + std::string(68, 'x') + "''yyyyy";
+  EXPECT_THAT(refusal(FitsSample(-32, {3, 2}).add("A=" + value).pixels<float>(kSix)),
+              HasSubstr("no FITS card"));
+  readGood(FitsSample(-32, {3, 2}).add("HISTORY A=" + value).add("A = 1").pixels<float>(kSix));
+}
+
 }  // namespace
 }  // namespace lumo

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Mouse.h"
+#include "support/FullDisk.h"
 #include "support/TempFolder.h"
 #include "view/AAxisWnd.h"
 #include "view/APrintOut.h"
@@ -87,6 +88,17 @@ TEST_F(APrintOutTest, EveryPageIsPrinted) {
   ASSERT_TRUE(printOut_.printToPdf(folder_.file("a.pdf")).ok());
   EXPECT_EQ(sheet_.pagesDrawn, (std::vector<int>{0, 1, 2}));
   EXPECT_EQ(pagesOf(folder_.file("a.pdf")), 3U);
+}
+
+TEST_F(APrintOutTest, AFullDiskIsReportedAndLeavesNoHalfFile) {
+  Status status;
+  {
+    const test::FullDisk full(64);
+    status = printOut_.printToPdf(folder_.file("a.pdf"));
+  }
+  EXPECT_EQ(status.code(), StatusCode::kWriteFailed);
+  EXPECT_EQ(status.file(), folder_.file("a.pdf"));
+  EXPECT_FALSE(test::exists(folder_.file("a.pdf")));
 }
 
 TEST_F(APrintOutTest, AbortingLeavesNoFile) {

@@ -7,6 +7,7 @@
 #include <QSvgRenderer>
 #include <filesystem>
 
+#include "support/FullDisk.h"
 #include "support/TempFolder.h"
 #include "view/PictureExport.h"
 
@@ -71,6 +72,23 @@ TEST(PictureExportTest, ReportsAFolderThatIsNotThere) {
   for (const char* name : {"none/a.png", "none/a.pdf", "none/a.svg"}) {
     EXPECT_EQ(exportPicture(QSize(40, 20), drawHalves, folder.file(name)).code(), StatusCode::kWriteFailed)
         << name;
+  }
+}
+
+TEST(PictureExportTest, AFullDiskIsReportedAndTheOldPictureStays) {
+  for (const char* name : {"a.png", "a.pdf", "a.svg"}) {
+    const test::TempFolder folder;
+    test::writeFile(folder.file(name), "old");
+    Status status;
+    {
+      const test::FullDisk full(64);
+      status = exportPicture(QSize(400, 200), drawHalves, folder.file(name));
+    }
+    EXPECT_EQ(status.code(), StatusCode::kWriteFailed) << name;
+    EXPECT_EQ(status.file(), folder.file(name));
+    EXPECT_EQ(test::readFile(folder.file(name)), "old");
+    const std::filesystem::directory_iterator files(folder.path());
+    EXPECT_EQ(std::distance(begin(files), end(files)), 1) << name;
   }
 }
 
