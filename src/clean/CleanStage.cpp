@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "clean/CleanStage.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
 #include <new>
 #include <utility>
 
@@ -19,6 +22,13 @@ std::string sizeText(const AMatrix<float>& map) {
 
 bool sameSize(const AMatrix<float>& a, const AMatrix<float>& b) {
   return a.rows() == b.rows() && a.columns() == b.columns();
+}
+
+/// Of the pixels with a value.
+double largestValue(const AMatrix<float>& map) {
+  float largest = 0.0F;
+  for (std::size_t i = 0; i < map.size(); ++i) largest = std::max(largest, std::abs(map.data()[i]));
+  return static_cast<double>(largest);
 }
 
 /// All of one size and not empty.
@@ -111,6 +121,7 @@ Status CleanStage::checkSizes() const {
 
 Status CleanStage::clean(ABCleanEngine& engine, CleanWatcher& watcher, CleanObserver* observer) {
   const PhaseTimer timer(report_.seconds.clean);
+  report_.residualBefore = largestValue(*residuals_[0]);
   CleanWorker worker(engine, observer);
   watcher.watch(worker, CleanScene(engine, *restoringBeam_, range_, input_.priority, header_));
   if (!worker.finished()) {
@@ -124,6 +135,7 @@ Status CleanStage::clean(ABCleanEngine& engine, CleanWatcher& watcher, CleanObse
   report_.iterations = engine.iterationsDone();
   report_.totalFlux = engine.totalFlux();
   report_.inversionError = engine.inversionError();
+  report_.residualAfter = largestValue(*residuals_[0]);
   return worker.status();
 }
 

@@ -53,6 +53,9 @@ struct CleanReport {
   /// max |W M - I| of the engine's beam matrix: far above 1e-6, or NaN, tells that the beams do not tell the
   /// terms apart.
   double inversionError = 0.0;
+  /// Largest |value| of term 0's residual map before and after the iterations, map units.
+  double residualBefore = 0.0;
+  double residualAfter = 0.0;
   CleanSeconds seconds;
 };
 

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <optional>
 
+#include "core/PhaseTimer.h"
 #include "imaging/ShareOut.h"
 
 namespace lumo {
@@ -23,6 +25,10 @@ constexpr std::uint64_t kProgressSteps = 128;
 
 /// IFs for each thread from which on dealing out whole IFs keeps the threads busy.
 constexpr std::size_t kIfsPerMember = 4;
+
+std::size_t stretchesPerMember(std::size_t ifs) {
+  return std::clamp<std::size_t>(kMeansBytes / (ifs * sizeof(Stretch::Means)), 1, kMostStretches);
+}
 
 }  // namespace
 
@@ -44,16 +50,41 @@ BatchGridder::BatchGridder(const PointMaker& maker, const PointAdder& adder, con
       pool_(pool),
       scratch_(static_cast<std::size_t>(team.size())) {}
 
-int BatchGridder::partsFor(std::size_t ifs) const {
-  const auto members = static_cast<std::size_t>(team_.size());
-  return ifs % members == 0 || ifs >= kIfsPerMember * members ? 1 : team_.size();
+int BatchGridder::partsFor(std::size_t ifs, int threads) {
+  const auto members = static_cast<std::size_t>(threads);
+  return ifs % members == 0 || ifs >= kIfsPerMember * members ? 1 : threads;
+}
+
+std::uint64_t BatchGridder::blockGroups(std::size_t ifs, int threads) {
+  return static_cast<std::uint64_t>(threads) * stretchesPerMember(ifs) * Stretch::kCapacity;
+}
+
+std::size_t BatchGridder::mostTogether(const GridGeometry& geometry, int threads,
+                                       std::uint64_t workGridBytes) {
+  // Each point of the first block may take a tile. A block of few IFs is longer, but has no more points in
+  // all.
+  constexpr std::uint64_t kTileBytes = std::uint64_t{WorkGrid::kTileCells} * sizeof(WorkGrid::Cell);
+  const std::uint64_t points = static_cast<std::uint64_t>(threads) * Stretch::kCapacity;
+  const std::uint64_t one =
+      std::min(WorkGrid::emptyBytes(geometry) + points * kTileBytes, WorkGrid::bytes(geometry));
+  return static_cast<std::size_t>(std::max<std::uint64_t>(workGridBytes / one, 1));
+}
+
+std::uint64_t BatchGridder::bufferBytes(std::size_t ifs, int threads) {
+  const auto members = static_cast<std::size_t>(threads);
+  const std::size_t stretches = members * stretchesPerMember(ifs);
+  const std::size_t lists = partsFor(ifs, threads) > 1 ? stretches * ifs : members;
+  return stretches * (sizeof(Stretch) + ifs * sizeof(Stretch::Means)) + lists * sizeof(PointList);
+}
+
+std::uint64_t BatchGridder::fileWindow(std::size_t ifs, int threads, std::uint64_t groupBytes,
+                                       std::uint64_t fileBytes) {
+  return std::min(fileBytes, kResidentBytes + blockGroups(ifs, threads) * groupBytes);
 }
 
 void BatchGridder::makeRoom(std::size_t ifs, int parts) {
   const auto members = static_cast<std::size_t>(team_.size());
-  const std::size_t each =
-      std::clamp<std::size_t>(kMeansBytes / (ifs * sizeof(Stretch::Means)), 1, kMostStretches);
-  stretches_.resize(members * each);
+  stretches_.resize(members * stretchesPerMember(ifs));
   for (Stretch& stretch : stretches_) stretch.ifs.resize(ifs);
   points_.resize(parts > 1 ? stretches_.size() * ifs : members);
 }
@@ -72,7 +103,9 @@ std::size_t BatchGridder::run(AUVXFile& file, const IfBatch& batch, std::uint64_
     const std::uint64_t end = std::min(begin + block, groups);
     for (; shown < end; shown = std::min(shown + step, end)) progress.SetPos(static_cast<double>(shown + 1));
     progress.SetPos(static_cast<double>(end));
-    if (!gridBlock(job, begin, end)) return 0;
+    if (batch.index != nullptr && !batch.index->holds(begin, end, static_cast<std::int8_t>(batch.freqSelId)))
+      continue;
+    if (!gridBlock(job, begin, end) || !file.intact().ok()) return 0;
     while (grids.size() > 1 && pool_.bytes() > workGridBytes) grids.pop_back();
     job.ifs = std::min(job.ifs, grids.size());
     if ((end - released) * file.groupBytes() >= kResidentBytes) file.releaseBefore(released = end);
@@ -82,6 +115,7 @@ std::size_t BatchGridder::run(AUVXFile& file, const IfBatch& batch, std::uint64_
 
 bool BatchGridder::gridBlock(const Job& job, std::uint64_t begin, std::uint64_t end) {
   std::atomic<bool> going{true};
+  std::optional<PhaseTimer> timer(seconds_.read);
   shareOut(team_, stretches_.size(), [&](std::size_t s, std::size_t /*member*/) {
     const std::uint64_t first = std::min<std::uint64_t>(begin + s * Stretch::kCapacity, end);
     const std::uint64_t last = std::min<std::uint64_t>(first + Stretch::kCapacity, end);
@@ -93,6 +127,7 @@ bool BatchGridder::gridBlock(const Job& job, std::uint64_t begin, std::uint64_t 
     }
   });
   if (!going) return false;
+  timer.emplace(seconds_.add);
   const auto parts = static_cast<std::size_t>(job.parts);
   shareOut(team_, job.ifs * parts, [&](std::size_t n, std::size_t member) {
     addPoints(job, n / parts, static_cast<int>(n % parts), member);

@@ -29,7 +29,21 @@ class BatchGridder {
                ThreadTeam& team, const TilePool& pool);
 
   /// Parts that the work grids of a batch of so many IFs must have.
-  [[nodiscard]] int partsFor(std::size_t ifs) const;
+  [[nodiscard]] int partsFor(std::size_t ifs) const { return partsFor(ifs, team_.size()); }
+  [[nodiscard]] static int partsFor(std::size_t ifs, int threads);
+  /// Groups that are gridded before the work grids' memory is looked at.
+  [[nodiscard]] static std::uint64_t blockGroups(std::size_t ifs, int threads);
+  /// IFs that can share a pass, at least 1: however their visibilities lie, the work grids take about
+  /// `workGridBytes` at most until their memory is looked at for the first time, with kernels of a cell;
+  /// wider ones up to four times that.
+  [[nodiscard]] static std::size_t mostTogether(const GridGeometry& geometry, int threads,
+                                                std::uint64_t workGridBytes);
+  /// Memory of the buffers of a batch of so many IFs.
+  [[nodiscard]] static std::uint64_t bufferBytes(std::size_t ifs, int threads);
+  /// How much of a file of `fileBytes` with groups of `groupBytes` a pass holds at most; the system can take
+  /// it back.
+  [[nodiscard]] static std::uint64_t fileWindow(std::size_t ifs, int threads, std::uint64_t groupBytes,
+                                                std::uint64_t fileBytes);
 
   /// Grids the batch onto `grids`, which has an empty work grid for each IF. When they take more than
   /// `workGridBytes` of the pool together (looked at after each block), the last ones are removed and their
@@ -37,12 +51,19 @@ class BatchGridder {
   [[nodiscard]] std::size_t run(AUVXFile& file, const IfBatch& batch, std::uint64_t workGridBytes,
                                 std::vector<WorkGrid>& grids);
 
+  /// Wall-clock seconds so far: reading and averaging, with making the points where the work grids have
+  /// several parts; making the points otherwise, and adding them.
+  struct Seconds {
+    double read = 0, add = 0;
+  };
+  [[nodiscard]] const Seconds& seconds() const { return seconds_; }
+
  private:
   struct Job;
 
   void makeRoom(std::size_t ifs, int parts);
   bool gridBlock(const Job& job, std::uint64_t begin, std::uint64_t end);
-  void addPoints(const Job& job, std::size_t ifIndex, int part, std::size_t member);
+  void addPoints(const Job& job, std::size_t i, int part, std::size_t member);
 
   const PointMaker& maker_;
   const PointAdder& adder_;
@@ -52,6 +73,7 @@ class BatchGridder {
   std::vector<Stretch> stretches_;            ///< of a block
   std::vector<PointList> points_;             ///< one for each member; with parts for each (stretch, IF)
   std::vector<PointAdder::Scratch> scratch_;  ///< one for each member
+  Seconds seconds_;
 };
 
 }  // namespace lumo

@@ -243,6 +243,12 @@ void GridTransform::rowPass(AMatrix<Complex>& grid, AMatrix<double>& image, Watc
            });
 }
 
+std::uint64_t GridTransform::bytes(std::uint32_t rows, std::uint32_t columns, int members) {
+  const std::uint64_t buffers = static_cast<std::uint64_t>(std::max(members, 1)) * kBatch *
+                                (std::uint64_t{rows} + columns - 1) * sizeof(Complex);
+  return std::uint64_t{rows} * (2 * std::uint64_t{columns}) * sizeof(double) + buffers;
+}
+
 int GridTransform::run(AMatrix<Complex>& grid, AMatrix<double>& image, const RunIndicators& indicators) {
   indicators.setText("Fast Fourier Transform...");
   plan(grid.rows(), grid.columns());

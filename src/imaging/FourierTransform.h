@@ -48,6 +48,8 @@ class GridTransform {
   ~GridTransform();
 
   int run(AMatrix<Complex>& grid, AMatrix<double>& image, const RunIndicators& indicators);
+  /// Memory beyond the grid, the image among it, for grids of this size and a team of `members`.
+  [[nodiscard]] static std::uint64_t bytes(std::uint32_t rows, std::uint32_t columns, int members);
   [[nodiscard]] const TransformSettings& settings() const { return settings_; }
 
  private:

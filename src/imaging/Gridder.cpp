@@ -56,7 +56,16 @@ int Gridder::fail(Status status) {
   return 0;
 }
 
+std::vector<PhaseTime> Gridder::phases() const {
+  const BatchGridder::Seconds batches = batches_ != nullptr ? batches_->seconds() : BatchGridder::Seconds();
+  std::vector<PhaseTime> phases{
+      {"prepare", prepareSeconds_}, {"read", batches.read}, {"add", batches.add}, {"fold", foldSeconds_}};
+  if (parameters_.weightingMode == kUniformWeighting) phases.emplace_back("weight", weightSeconds_);
+  return phases;
+}
+
 bool Gridder::prepare(SpectralGridSet& grids) {
+  const PhaseTimer timer(prepareSeconds_);
   if (adder_ == nullptr || taper_ == nullptr)
     return fail({StatusCode::kInvalidValue, "the kernel and taper types must lie in 1..4"}) != 0;
   if (!(geometry_.uMax > 0 && geometry_.vMax > 0 && std::isfinite(geometry_.perDu) &&
@@ -72,8 +81,7 @@ bool Gridder::prepare(SpectralGridSet& grids) {
   maker_ = std::make_unique<PointMaker>(parameters_, *taper_);
   team_ = std::make_unique<ThreadTeam>(std::max(settings_.threads, 1));
   batches_ = std::make_unique<BatchGridder>(*maker_, *adder_, indicators_, *team_, pool_);
-  together_ = static_cast<std::size_t>(
-      std::max<std::uint64_t>(settings_.workGridBytes / WorkGrid::emptyBytes(geometry_), 1));
+  together_ = BatchGridder::mostTogether(geometry_, team_->size(), settings_.workGridBytes);
   return true;
 }
 
@@ -88,7 +96,10 @@ int Gridder::run(SpectralGridSet& grids) {
     if (gridFile(i, grids) == 0) return 0;
   }
   workGrids_.clear();
-  if (parameters_.weightingMode == kUniformWeighting) applyUniformWeighting(parameters_, cumulative_, grids);
+  if (parameters_.weightingMode == kUniformWeighting) {
+    const PhaseTimer timer(weightSeconds_);
+    applyUniformWeighting(parameters_, cumulative_, grids);
+  }
   cumulative_.clear();
 
   indicators_.setText("");
@@ -117,6 +128,8 @@ int Gridder::gridFile(std::int32_t index, SpectralGridSet& grids) {
   const AUVXFqTbl& table = inputs_.tables[index];
   AProgress progress(indicators_.frequencyBar, static_cast<double>(table.GetIFs()) * table.GetFreqSels());
   advanced_ = 0;
+  index_.clear();
+  if (inputs_.selections[index].setCount() > 1) index_.read(file, indicators_.cancel);
   for (int selection = 0; selection < table.GetFreqSels(); ++selection) {
     if (inputs_.selections[index](selection) == 0) continue;
     if (gridSelection(file, index, selection, progress, grids) == 0) return 0;
@@ -133,13 +146,15 @@ int Gridder::gridSelection(AUVXFile& file, std::int32_t index, int selection, AP
                   table.GetFreqSelID(selection),
                   inputs_.mixes[index],
                   static_cast<int>(first),
-                  {}};
+                  {},
+                  index_.empty() ? nullptr : &index_};
     const std::size_t wanted = std::min(together_, ifs - first);
     for (std::size_t i = 0; i < wanted; ++i)
       batch.frequencies.push_back(table.GetFreq(0, static_cast<int>(first + i), selection));
     prepareWorkGrids(wanted);
     progress.SetPos(advanced_ + 1);
     const std::size_t gridded = batches_->run(file, batch, settings_.workGridBytes, workGrids_);
+    if (Status intact = file.intact(); !intact.ok()) return fail(std::move(intact));
     if (gridded == 0) return fail({StatusCode::kCancelled, "cancelled while gridding"});
     fold(batch, gridded, grids);
     first += gridded;
@@ -156,6 +171,7 @@ void Gridder::prepareWorkGrids(std::size_t count) {
 }
 
 void Gridder::fold(const IfBatch& batch, std::size_t count, SpectralGridSet& grids) {
+  const PhaseTimer timer(foldSeconds_);
   const WorkGrid::Target target(grids, cumulative_.size() != 0 ? &cumulative_ : nullptr);
   std::vector<std::vector<double>> powers;
   for (std::size_t i = 0; i < count; ++i)

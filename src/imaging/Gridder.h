@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "core/PhaseTimer.h"
 #include "core/Progress.h"
 #include "core/Status.h"
 #include "core/ThreadTeam.h"
@@ -14,6 +15,7 @@
 #include "imaging/GridGeometry.h"
 #include "imaging/PointAdder.h"
 #include "imaging/PointMaker.h"
+#include "imaging/SelectionIndex.h"
 #include "imaging/SpectralGridSet.h"
 #include "imaging/WorkGrid.h"
 #include "io/VisibilityInputs.h"
@@ -53,6 +55,9 @@ class Gridder {
   /// which.
   int run(SpectralGridSet& grids);
   [[nodiscard]] const Status& status() const { return status_; }
+  /// What run() took, in parts: making the grids ready, reading, adding (BatchGridder), folding, uniform
+  /// weighting.
+  [[nodiscard]] std::vector<PhaseTime> phases() const;
 
  private:
   [[nodiscard]] Status checkFile(const AUVXFile& file, std::int32_t index) const;
@@ -78,11 +83,13 @@ class Gridder {
   TilePool pool_;
   std::vector<WorkGrid> workGrids_;
   AMatrix<double> cumulative_;  ///< ΣK over all frequencies; only for uniform weighting
+  SelectionIndex index_;        ///< of the current file, where several of its selections are gridded
   double advanced_ = 0;         ///< IFs of the current file, for the progress
+  double prepareSeconds_ = 0, foldSeconds_ = 0, weightSeconds_ = 0;
   Status status_;
 };
 
 /// The taper of a valid parameter block; null for a type outside 1..4.
-[[nodiscard]] std::unique_ptr<AB3DFunc> makeTaper(const ABMakeParameters& parameters);
+[[nodiscard]] std::unique_ptr<AB3DFunc> makeTaper(const ABMakeParameters& p);
 
 }  // namespace lumo

@@ -7,7 +7,6 @@
 #include <new>
 #include <utility>
 
-#include "core/PhaseTimer.h"
 #include "core/Units.h"
 #include "imaging/BeamMomentAccumulator.h"
 #include "imaging/Fft.h"
@@ -72,6 +71,13 @@ void LumoMakeWork::SetInputs(const ABMakeParameters* parameters, const Visibilit
   inputs_ = inputs;
 }
 
+std::vector<PhaseTime> LumoMakeWork::phases() const {
+  return {{"grid", seconds_.grid, gridPhases_},
+          {"beam", seconds_.beam},
+          {"transform", seconds_.transform},
+          {"write", seconds_.write}};
+}
+
 int LumoMakeWork::fail(Status status) {
   status_ = std::move(status);
   return 0;
@@ -84,12 +90,15 @@ int LumoMakeWork::Run(const CancelFlag* cancel, StatusText* statusText, Progress
     return fail({StatusCode::kNoData, "no visibility file is listed: there is nothing to image"});
   SpectralGridSet grids;
   {
-    const PhaseTimer timer(phases_.grid);
+    const PhaseTimer timer(seconds_.grid);
     if (GridVisibilities(*parameters_, grids) == 0) return 0;
   }
   AMapHeader header;
   Status status = makeHeader(header);
-  if (status.ok()) status = estimateBeam(grids, header);
+  if (status.ok()) {
+    const PhaseTimer timer(seconds_.beam);
+    status = estimateBeam(grids, header);
+  }
   if (!status.ok()) return fail(std::move(status));
   double scale = 0;
   if (makeBeams(grids, header, scale) == 0 || makeDirtyMaps(grids, header, scale) == 0) return 0;
@@ -148,7 +157,7 @@ int LumoMakeWork::makeBeams(SpectralGridSet& grids, AMapHeader& header, double& 
   AMatrix<double> image;
   for (std::int32_t k = 0; k < beamCount(); ++k) {
     {
-      const PhaseTimer timer(phases_.transform);
+      const PhaseTimer timer(seconds_.transform);
       if (FourierTransformGrid(grids.beams[k], image, -1, 1.0, 1.0) == 0) return 0;
       ApplyGridCorrection(image, geometry.beam, *parameters_);
       if (k == 0) {
@@ -174,7 +183,7 @@ int LumoMakeWork::makeDirtyMaps(SpectralGridSet& grids, AMapHeader& header, doub
   AMatrix<double> image;
   for (std::int32_t k = 0; k < order_; ++k) {
     {
-      const PhaseTimer timer(phases_.transform);
+      const PhaseTimer timer(seconds_.transform);
       if (FourierTransformGrid(grids.dirty[k], image, -1, 1.0, 1.0) == 0) return 0;
       scaleImage(image, scale);
       ApplyGridCorrection(image, geometry.beam, *parameters_);
@@ -186,7 +195,9 @@ int LumoMakeWork::makeDirtyMaps(SpectralGridSet& grids, AMapHeader& header, doub
 
 int LumoMakeWork::GridVisibilities(const ABMakeParameters& parameters, SpectralGridSet& grids) {
   Gridder gridder(parameters, inputs_, {order_, referenceFrequency_, workGridBytes_, threads_}, indicators_);
-  return gridder.run(grids) != 0 ? 1 : fail(gridder.status());
+  const int gridded = gridder.run(grids);
+  gridPhases_ = gridder.phases();
+  return gridded != 0 ? 1 : fail(gridder.status());
 }
 
 int LumoMakeWork::FourierTransformGrid(AMatrix<Complex>& grid, AMatrix<double>& image, int direction,
@@ -233,7 +244,7 @@ void LumoMakeWork::SaveDirtyMap(const AMapHeader& header, const TMinMax& range, 
 
 void LumoMakeWork::save(const AMapHeader& header, const TMinMax& range, const AMatrix<double>& image,
                         const std::string& name, const AMatrixRect& rect) {
-  const PhaseTimer timer(phases_.write);
+  const PhaseTimer timer(seconds_.write);
   const auto firstRow = static_cast<std::uint32_t>(rect.firstRow);
   const auto firstColumn = static_cast<std::uint32_t>(rect.firstColumn);
   AMatrix<float> single(static_cast<std::uint32_t>(rect.lastRow) - firstRow + 1,

@@ -10,6 +10,7 @@
 #include "core/AMatrix.h"
 #include "core/AMatrixRect.h"
 #include "core/AObjArray.h"
+#include "core/PhaseTimer.h"
 #include "core/Progress.h"
 #include "core/Status.h"
 #include "core/TMinMax.h"
@@ -57,12 +58,11 @@ class LumoMakeWork {
   [[nodiscard]] const Status& status() const { return status_; }
   /// The files that Run wrote or could not write, beams first.
   [[nodiscard]] const MapProducts& products() const { return products_; }
-  /// Seconds that the phases of Run took.
-  struct Phases {
-    double grid = 0, transform = 0, write = 0;
-  };
-  [[nodiscard]] const Phases& phases() const { return phases_; }
+  /// What the phases of Run took: "grid" with its parts (see Gridder), "beam" (its estimate), "transform",
+  /// "write".
+  [[nodiscard]] std::vector<PhaseTime> phases() const;
   /// Memory for the work grids of IFs that are gridded together, in bytes; at least one IF always runs.
+  static constexpr std::uint64_t kWorkGridBytes = std::uint64_t{512} << 20;
   void setWorkGridBytes(std::uint64_t bytes) { workGridBytes_ = bytes; }
   /// Threads at most, 1 or more. The products do not depend on it.
   void setThreads(int threads) { threads_ = threads; }
@@ -106,13 +106,17 @@ class LumoMakeWork {
   std::vector<std::string> history_;
   AObjArray<std::string> dirtyMapNames_;
   AObjArray<std::string> beamNames_;
-  std::uint64_t workGridBytes_ = std::uint64_t{512} << 20;
+  std::uint64_t workGridBytes_ = kWorkGridBytes;
   int threads_ = 1;
   std::unique_ptr<ThreadTeam> team_;  ///< of the transforms
   std::unique_ptr<GridTransform> transform_;
   Status status_;
   MapProducts products_;
-  Phases phases_;
+  struct Seconds {
+    double grid = 0, beam = 0, transform = 0, write = 0;
+  };
+  Seconds seconds_;
+  std::vector<PhaseTime> gridPhases_;
 };
 
 }  // namespace lumo

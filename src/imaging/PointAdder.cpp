@@ -64,6 +64,8 @@ class FootprintAdder : public PointAdder {
         supportU_(support(kernel.kernel.halfWidthX(), geometry.du)),
         supportV_(support(kernel.kernel.halfWidthY(), geometry.dv)) {}
 
+  [[nodiscard]] Reach reach() const override { return {supportU_, supportV_}; }
+
   void add(const PointList& points, WorkGrid& grid, int part, Scratch& scratch) const override {
     for (std::size_t i = 0; i < points.count; ++i) addBoth(points, i, grid, part, scratch);
   }
@@ -125,6 +127,9 @@ std::unique_ptr<PointAdder> radial(const ABMakeParameters& p, const GridGeometry
 class PillBoxAdder final : public FootprintAdder<BoxKernel> {
  public:
   explicit PillBoxAdder(const GridGeometry& g) : FootprintAdder(BoxKernel(APillBox3DFunc(g.du, g.dv)), g) {}
+
+  /// Its cells are searched one further, but only a point on their common edge has more than one.
+  [[nodiscard]] Reach reach() const override { return {}; }
 
   void prepare(PointList& points) const override { searchCells(geometry(), points); }
 

@@ -19,6 +19,12 @@ class PointAdder {
   using Scratch = std::vector<double>;
 
   virtual ~PointAdder() = default;
+  /// How many cells away from the cell nearest to a point, along u and along v, cells of its footprint may
+  /// lie.
+  struct Reach {
+    double u = 0, v = 0;
+  };
+  [[nodiscard]] virtual Reach reach() const = 0;
   /// What can be worked out about points before their turn to be added comes.
   virtual void prepare(PointList& /*points*/) const {}
   /// Adds prepared points to the grid's cells that belong to `part`.

@@ -18,6 +18,10 @@ struct SpectralGridSet {
   AObjArray<AMatrix<Complex>> beams;  ///< 2·order−1
   AObjArray<AMatrix<Complex>> dirty;  ///< order
 
+  /// Memory of a set of this size.
+  [[nodiscard]] static std::uint64_t bytes(std::int32_t order, std::uint32_t rows, std::uint32_t columns) {
+    return static_cast<std::uint64_t>(3 * order - 1) * rows * columns * sizeof(Complex);
+  }
   /// Sizes the set and zeroes it.
   void resize(std::int32_t order, std::uint32_t rows, std::uint32_t columns) {
     beams = AObjArray<AMatrix<Complex>>(2 * order - 1);

@@ -3,30 +3,9 @@
 
 #include <cmath>
 
-#include "core/LittleEndian.h"
 #include "io/UvxTables.h"
 
 namespace lumo {
-
-namespace {
-
-AUVXComplex loadVisibility(const std::uint8_t* bytes) {
-  // The groups of a file are not aligned.
-  return {loadLittle<float>(bytes), loadLittle<float>(bytes + 4), loadLittle<float>(bytes + 8)};
-}
-
-/// What a mix yields from the products of one channel.
-template <bool kTwoProducts>
-AUVXComplex mixed(const AStokesMix& mix, const std::uint8_t* channel) {
-  const auto product = [channel](int index) {
-    return loadVisibility(channel + static_cast<std::size_t>(index) * sizeof(AUVXComplex));
-  };
-  const AUVXComplex a = product(mix.first());
-  if constexpr (!kTwoProducts) return a;
-  return AStokesMix::mean(a, product(mix.second()));
-}
-
-}  // namespace
 
 StretchReader::StretchReader(const AUVXFile& file, const IfBatch& batch, const CancelFlag* cancel)
     : file_(file),
@@ -41,6 +20,7 @@ bool StretchReader::read(std::uint64_t begin, std::uint64_t end, std::size_t ifs
   const std::size_t firstBytes = static_cast<std::size_t>(batch_.first) * channels_ * channelBytes_;
   stretch.records = 0;
   for (std::uint64_t group = begin; group < end; ++group) {
+    if (batch_.index != nullptr && (*batch_.index)[group] != freqSel) continue;
     const std::uint8_t* const bytes = file_.groupAt(group);
     const UvxRecord record = UvxRecord::load(bytes);
     if (record.source != source || record.freqSel != freqSel) continue;
@@ -66,7 +46,7 @@ void StretchReader::average(const std::uint8_t* values, std::size_t ifs, Stretch
     Stretch::Means& means = stretch.ifs[i];
     if (channels_ == 1) {
       // It is its own mean.
-      const AUVXComplex value = mixed<kTwoProducts>(batch_.mix, values);
+      const AUVXComplex value = batch_.mix.fromBytes<kTwoProducts>(values);
       values += channelBytes_;
       means.re[record] = value.Re();
       means.im[record] = value.Im();
@@ -76,7 +56,7 @@ void StretchReader::average(const std::uint8_t* values, std::size_t ifs, Stretch
     double re = 0, im = 0, weight = 0;
     int count = 0;
     for (std::size_t channel = 0; channel < channels_; ++channel, values += channelBytes_) {
-      const AUVXComplex value = mixed<kTwoProducts>(batch_.mix, values);
+      const AUVXComplex value = batch_.mix.fromBytes<kTwoProducts>(values);
       if (!value.isUsable()) continue;
       re += value.Re();
       im += value.Im();

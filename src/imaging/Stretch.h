@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/Progress.h"
+#include "imaging/SelectionIndex.h"
 #include "io/AStokesMix.h"
 #include "io/AUVXFile.h"
 
@@ -17,7 +18,8 @@ struct IfBatch {
   int freqSelId = 0;
   AStokesMix mix;
   int first = 0;
-  std::vector<double> frequencies;  ///< of these IFs' first channels, Hz
+  std::vector<double> frequencies;        ///< of these IFs' first channels, Hz
+  const SelectionIndex* index = nullptr;  ///< of the file's groups; null where every group is looked at
   [[nodiscard]] std::size_t count() const { return frequencies.size(); }
 };
 

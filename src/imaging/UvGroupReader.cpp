@@ -39,6 +39,11 @@ bool UvGroupReader::next(std::vector<UvGroup>& groups, std::uint64_t most) {
   index_->limit(end);
   take(groups);
   group_ = end;
+  if (status_ = open_.intact(); !status_.ok()) {
+    groups.clear();
+    closeFile();
+    return false;
+  }
   if (group_ >= open_.groupCount()) {
     closeFile();
   } else if ((group_ - released_) * open_.groupBytes() >= kReleaseBytes) {

@@ -46,8 +46,8 @@ class WorkGrid {
   struct Layout {
     explicit Layout(const GridGeometry& geometry);
     [[nodiscard]] std::uint32_t cell(std::int32_t row, std::int32_t column) const {
-      constexpr std::uint32_t height = kTileRows;
-      constexpr std::uint32_t width = kTileColumns;
+      const std::uint32_t height = kTileRows;
+      const std::uint32_t width = kTileColumns;
       const auto r = static_cast<std::uint32_t>(row);
       const auto c = static_cast<std::uint32_t>(column);
       const std::uint32_t tile = r / height * static_cast<std::uint32_t>(tilesPerRow) + c / width;

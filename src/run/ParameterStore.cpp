@@ -5,7 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include "core/Leftovers.h"
 #include "core/LittleEndian.h"
+#include "core/Paths.h"
 #include "core/TextForm.h"
 
 namespace lumo {
@@ -107,20 +109,24 @@ void ParameterStore::loadBinary(UvxFileList& files) {
 
 int ParameterStore::SaveParameters(RunParameters& parameters, const UvxFileList& files) {
   status_ = Status();
+  // One writing of the profile for all of it: so it is whole at any moment, and it may list thousands of
+  // files.
+  profile_.hold();
   saveFiles(files);
   saveValues(parameters);
+  if (profile_.flush() == 0) {
+    note(profile_.status());
+    parameters.order = 0;
+  }
   saveBinary(files);
   return status_.ok() ? 1 : 0;
 }
 
 void ParameterStore::saveFiles(const UvxFileList& files) {
   const VisibilityInputs& inputs = files.inputs();
-  // One writing of the profile for all of them: it may list thousands of files.
-  profile_.hold();
   if (profile_.WriteProfileInt(kSection, "NUVX", inputs.count()) == 0) note(profile_.status());
   for (std::int32_t i = 0; i < inputs.count(); ++i)
     if (profile_.WriteProfileString(kSection, fileKey(i), inputs.names[i]) == 0) note(profile_.status());
-  if (profile_.flush() == 0) note(profile_.status());
 }
 
 void ParameterStore::saveValues(RunParameters& parameters) {
@@ -150,6 +156,7 @@ void ParameterStore::saveValues(RunParameters& parameters) {
 void ParameterStore::saveBinary(const UvxFileList& files) {
   const AObjArray<ABitArray>& masks = files.inputs().selections;
   AFile file;
+  removeLeftovers(getfPath(binaryPath_));
   if (file.Open(binaryPath_, AFile::kCreate) == 0) return note(file.status());
   std::uint8_t head[4];
   storeLittle<std::int32_t>(head, masks.count());

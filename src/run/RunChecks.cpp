@@ -11,10 +11,9 @@
 #include <set>
 #include <utility>
 
-#include "core/AFile.h"
-#include "core/Crc32.h"
 #include "core/FileIdentity.h"
 #include "core/Paths.h"
+#include "core/PendingFile.h"
 #include "core/TextForm.h"
 #include "io/AUVXSources.h"
 #include "io/ProductNames.h"
@@ -24,10 +23,9 @@ namespace lumo {
 namespace {
 
 constexpr std::int32_t kRemovedIndices = 20;
-constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
 
-std::vector<std::string> productPaths(const RunParameters& p) {
-  std::vector<std::string> paths = oldProductPaths(p);
+std::vector<std::string> newProductPaths(const RunParameters& p) {
+  std::vector<std::string> paths;
   for (std::int32_t k = 0; k < p.order; ++k) {
     paths.push_back(dirtyMapName(p.folder, p.prefix, k));
     paths.push_back(cleanName(p.folder, p.prefix, k));
@@ -37,6 +35,13 @@ std::vector<std::string> productPaths(const RunParameters& p) {
   paths.push_back(residualName(p.folder, p.prefix));
   paths.push_back(indexName(p.folder, p.prefix));
   paths.push_back(freqRangeName(p.folder, p.prefix));
+  if (p.indexError) paths.push_back(indexErrorName(p.folder, p.prefix));
+  return paths;
+}
+
+std::vector<std::string> productPaths(const RunParameters& p) {
+  std::vector<std::string> paths = oldProductPaths(p);
+  for (std::string& path : newProductPaths(p)) paths.push_back(std::move(path));
   return paths;
 }
 
@@ -63,6 +68,9 @@ Status checkFolder(const RunParameters& parameters) {
     return {StatusCode::kNotFound, "the work folder does not exist", folder};
   if (::access(folder.c_str(), W_OK | X_OK) != 0)
     return {StatusCode::kWriteFailed, "no file can be created in the work folder", folder};
+  // Known after hours of CLEAN otherwise.
+  for (const std::string& product : newProductPaths(parameters))
+    if (Status status = checkNameLength(product); !status.ok()) return status;
   return {};
 }
 
@@ -94,24 +102,7 @@ Status checkUnchanged(const VisibilityInputs& inputs, std::int32_t i) {
       inputs.names[i]};
 }
 
-Status readThrough(const std::string& name, const RunIndicators& indicators, InputFileFacts& facts) {
-  AFile file;
-  if (file.Open(name, AFile::kRead) == 0) return file.status();
-  std::vector<char> block(kBlockBytes);
-  facts.bytes = file.remaining();
-  AProgress progress(indicators.readingBar, static_cast<double>(facts.bytes));
-  while (file.remaining() > 0) {
-    if (indicators.cancelled()) return {StatusCode::kCancelled, "the run was cancelled"};
-    const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(file.remaining(), kBlockBytes));
-    if (file.Read(block.data(), size) == 0) return file.status();
-    facts.crc = crc32Of(block.data(), size, facts.crc);
-    progress.SetPos(static_cast<double>(facts.bytes - file.remaining()));
-  }
-  RunIndicators::resetBar(indicators.readingBar);
-  return {};
-}
-
-Status checkImaging(const VisibilityInputs& inputs, ABMakeParameters imaging) {
+Status checkImaging(const VisibilityInputs& inputs, ABMakeParameters& imaging) {
   const auto usable = [](double extent) { return std::isfinite(extent) && extent > 0; };
   if (std::none_of(inputs.selections.begin(), inputs.selections.end(),
                    [](const ABitArray& mask) { return mask.setCount() > 0; }))
@@ -161,20 +152,12 @@ VisibilityInputs inStep(const VisibilityInputs& inputs) {
 }
 
 Status checkInputs(const RunParameters& parameters, const VisibilityInputs& inputs,
-                   const ABMakeParameters& imaging, const RunIndicators& indicators,
-                   std::vector<InputFileFacts>& facts) {
-  facts.assign(static_cast<std::size_t>(inputs.count()), InputFileFacts());
+                   ABMakeParameters& imaging) {
   if (inputs.count() == 0) return {};
   Status status = checkFolder(parameters);
   if (status.ok()) status = checkNoInputIsProduct(parameters, inputs);
   for (std::int32_t i = 0; status.ok() && i < inputs.count(); ++i) status = checkUnchanged(inputs, i);
-  if (status.ok()) status = checkImaging(inputs, imaging);
-  AProgress progress(indicators.fileBar, inputs.count());
-  for (std::int32_t i = 0; status.ok() && i < inputs.count(); ++i) {
-    status = readThrough(inputs.names[i], indicators, facts[static_cast<std::size_t>(i)]);
-    progress.SetPos(i + 1);
-  }
-  return status;
+  return status.ok() ? checkImaging(inputs, imaging) : status;
 }
 
 }  // namespace lumo

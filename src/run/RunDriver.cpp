@@ -9,13 +9,17 @@
 #include <utility>
 
 #include "clean/CleanStage.h"
+#include "core/Leftovers.h"
+#include "core/Paths.h"
 #include "core/PendingFile.h"
 #include "core/PhaseTimer.h"
 #include "core/TextForm.h"
 #include "core/Units.h"
 #include "io/AUVXFile.h"
 #include "io/ProductNames.h"
+#include "run/RunChecks.h"
 #include "run/RunHistory.h"
+#include "run/RunMemory.h"
 #include "run/SpectralIndexError.h"
 #include "run/SpectralIndexMap.h"
 
@@ -36,9 +40,8 @@ RunReport RunDriver::Run(const RunParameters& parameters, UvxFileList& files) {
     report_.status = {StatusCode::kReadFailed, std::string("the run failed: ") + error.what()};
   }
   if (report_.status.ok()) report_.status = firstUnwritten_;
-  double other = watch.seconds();
-  for (const auto& phase : report_.phases) other -= phase.second;
-  addPhase("other", std::max(other, 0.0));
+  report_.time.seconds = watch.seconds();
+  report_.time.addOther();
   return std::move(report_);
 }
 
@@ -46,6 +49,7 @@ Status RunDriver::runPhases(UvxFileList& files) {
   if (Status status = prepare(files); !status.ok()) return status;
   if (company_.discardAreas) company_.discardAreas();
   removeOldProducts(parameters_);
+  removeLeftovers(getfPath(parameters_.folder + parameters_.prefix));
   if (inputs_.count() == 0) return {};
 
   AUVXFile first;
@@ -67,28 +71,35 @@ Status RunDriver::runPhases(UvxFileList& files) {
 
 Status RunDriver::prepare(UvxFileList& files) {
   const Stopwatch watch;
-  if (Status status = problemStatus(validateRunParameters(parameters_, files.frequencies())); !status.ok())
-    return status;
-  inputs_ = inStep(files.inputs());
-  Status status = checkInputs(parameters_, inputs_, files.imaging(), company_.indicators, facts_);
-  if (status.ok() && company_.acceptInputs && inputs_.count() > 0) status = company_.acceptInputs(facts_);
-  addPhase("check", watch.seconds());
-  return status.ok() && inputs_.count() > 0 ? inspect(files.imaging()) : status;
+  Status status = problemStatus(validateRunParameters(parameters_, files.frequencies()));
+  ABMakeParameters imaging = files.imaging();
+  MemoryRoom room;
+  if (status.ok()) {
+    inputs_ = inStep(files.inputs());
+    status = checkInputs(parameters_, inputs_, imaging);
+  }
+  if (status.ok() && inputs_.count() > 0) {
+    room = company_.memory();
+    status =
+        checkMemory(runMemory(parameters_, imaging, company_.threads, {}, room), imaging, parameters_.order);
+  }
+  addPhase({"check", watch.seconds()});
+  return status.ok() && inputs_.count() > 0 ? inspect(imaging, room) : status;
 }
 
-Status RunDriver::inspect(ABMakeParameters imaging) {
+Status RunDriver::inspect(const ABMakeParameters& imaging, const MemoryRoom& room) {
   const Stopwatch watch;
-  AUVXFile first;
-  if (first.Open(inputs_.names[0], AFile::kRead) == 0) return first.status();
-  if (imaging.Setup(first, inputs_.sources[0]) == 0) return imaging.status();
-  first.Close();
-  Status status = inspectRun(parameters_, inputs_, imaging, company_.indicators, report_.preFlight);
-  addPhase("inspect", watch.seconds());
+  Status status = inspectRun(parameters_, inputs_, imaging, {company_.threads, room}, company_.indicators,
+                             report_.preFlight, facts_);
+  addPhase({"inspect", watch.seconds()});
+  if (!status.ok()) report_.preFlight = PreFlight();
+  if (status.ok() && company_.acceptInputs) status = company_.acceptInputs(facts_);
   if (status.ok() && company_.tellPreFlight) company_.tellPreFlight(report_.preFlight);
   return status;
 }
 
 Status RunDriver::image(const ABMakeParameters& imaging) {
+  const Stopwatch watch;
   LumoMakeWork work(parameters_.order);
   work.setReferenceFrequency(parameters_.referenceMhz * kMegahertz);
   work.setBandwidth(report_.survey.maxHz - report_.survey.minHz);
@@ -105,14 +116,15 @@ Status RunDriver::image(const ABMakeParameters& imaging) {
   const RunIndicators& shown = company_.indicators;
   const int done =
       work.Run(shown.cancel, shown.statusText, shown.readingBar, shown.frequencyBar, shown.fileBar);
-  addPhase("grid", work.phases().grid);
-  addPhase("transform", work.phases().transform);
-  addPhase("write", work.phases().write);
+  PhaseTime phase("image", watch.seconds(), work.phases());
+  phase.addOther();
+  addPhase(std::move(phase));
   addProducts(work.products());
   return done != 0 ? Status() : work.status();
 }
 
 Status RunDriver::clean() {
+  const Stopwatch watch;
   CleanInput input;
   input.dirtyMaps = dirtyMapNames_;
   input.beams = beamNames_;
@@ -124,17 +136,22 @@ Status RunDriver::clean() {
                       .variableGain = parameters_.variableGain};
   input.priority = company_.priority;
   input.threads = company_.threads;
-  if (parameters_.fastClean) input.engine = CleanEngineKind::kMerged;
+  input.engine = parameters_.fastClean ? CleanEngineKind::kMerged : company_.exactEngine;
   CleanStage stage(std::move(input));
   const CleanReport cleaned = stage.Run(*company_.clean, company_.cleanObserver);
   report_.iterations = cleaned.iterations;
   report_.stopped = cleaned.stopped;
   report_.totalFlux = cleaned.totalFlux;
   report_.inversionError = cleaned.inversionError;
-  addPhase("clean-load", cleaned.seconds.load);
-  addPhase("clean", cleaned.seconds.clean);
-  addPhase("restore", cleaned.seconds.restore);
-  addPhase("clean-write", cleaned.seconds.write);
+  report_.residualBefore = cleaned.residualBefore;
+  report_.residualAfter = cleaned.residualAfter;
+  PhaseTime phase("clean", watch.seconds(),
+                  {{"load", cleaned.seconds.load},
+                   {"iterate", cleaned.seconds.clean},
+                   {"restore", cleaned.seconds.restore},
+                   {"write", cleaned.seconds.write}});
+  phase.addOther();
+  addPhase(std::move(phase));
   addProducts(cleaned.products);
   return cleaned.status;
 }
@@ -163,7 +180,7 @@ void RunDriver::finishIndexMap() {
           : Status(StatusCode::kNotFound, "cannot be made: a CLEAN map it needs was not written");
   addProduct(paths.index, status);
   const Status errorStatus = finishErrorMap();
-  addPhase("index", watch.seconds());
+  addPhase({"index", watch.seconds()});
   if (status.ok() && errorStatus.ok()) company_.indicators.setText("Success");
 }
 
@@ -186,10 +203,6 @@ Status RunDriver::finishErrorMap() {
                             : Status(StatusCode::kNotFound, "cannot be made: a map it needs was not written");
   addProduct(paths.error, status);
   return status;
-}
-
-void RunDriver::addPhase(const std::string& name, double seconds) {
-  report_.phases.emplace_back(name, seconds);
 }
 
 void RunDriver::addProducts(const MapProducts& products) {

@@ -6,13 +6,16 @@
 #include <utility>
 #include <vector>
 
+#include "clean/CleanEngineChoice.h"
 #include "clean/CleanObserver.h"
 #include "clean/CleanWatcher.h"
+#include "core/MemoryRoom.h"
+#include "core/PhaseTimer.h"
 #include "core/Progress.h"
 #include "core/ThreadPriority.h"
 #include "imaging/LumoMakeWork.h"
 #include "io/MapProduct.h"
-#include "run/RunChecks.h"
+#include "run/InputFileFacts.h"
 #include "run/RunParameters.h"
 #include "run/RunReport.h"
 #include "run/UvxFileList.h"
@@ -27,7 +30,11 @@ struct RunCompany {
   ThreadPriority priority = ThreadPriority::kNormal;
   /// Threads at most, 1 or more. The products do not depend on it.
   int threads = 1;
-  /// Asked once the inputs are checked, with the facts of each in its order; a failure ends the run before it
+  /// Of the engines with the same bits, for a run without fastClean.
+  CleanEngineKind exactEngine = CleanEngineKind::kFast;
+  /// What the system can give; a test has another.
+  std::function<MemoryRoom()> memory = [] { return memoryRoom(); };
+  /// Asked once the inputs are read, with the facts of each in its order; a failure ends the run before it
   /// touches anything.
   std::function<Status(const std::vector<InputFileFacts>&)> acceptInputs;
   /// Told what the inspection found, before the run touches anything.
@@ -38,8 +45,9 @@ struct RunCompany {
 
 /// One complete run on the calling thread, from visibility files to products:
 ///
-///     validate the parameters; check the inputs
-///     inspect what they bring to grid and terms          -- a failure up to here touches nothing
+///     validate the parameters; check the inputs' headers, and that grids and maps can fit into memory
+///     read the inputs to their last byte: checksums, and what they bring to grid and terms
+///                                                        -- a failure up to here touches nothing
 ///     discard the area list; remove the old products
 ///     no files: end
 ///     set the imaging block up from the first file
@@ -60,13 +68,13 @@ class RunDriver {
  private:
   Status runPhases(UvxFileList& files);
   Status prepare(UvxFileList& files);
-  Status inspect(ABMakeParameters imaging);
+  Status inspect(const ABMakeParameters& imaging, const MemoryRoom& room);
   Status image(const ABMakeParameters& imaging);
   Status clean();
   void writeFrequencyRange();
   void finishIndexMap();
   Status finishErrorMap();
-  void addPhase(const std::string& name, double seconds);
+  void addPhase(PhaseTime phase) { report_.time.parts.push_back(std::move(phase)); }
   void addProducts(const MapProducts& products);
   void addProduct(const std::string& path, const Status& status);
   [[nodiscard]] bool wasWritten(const std::string& path) const;

@@ -6,7 +6,7 @@
 
 #include "imaging/ABMakeParameters.h"
 #include "io/VisibilityInputs.h"
-#include "run/RunChecks.h"
+#include "run/InputFileFacts.h"
 #include "run/RunParameters.h"
 
 namespace lumo {

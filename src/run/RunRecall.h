@@ -6,7 +6,7 @@
 
 #include "core/Status.h"
 #include "imaging/ABMakeParameters.h"
-#include "run/RunChecks.h"
+#include "run/InputFileFacts.h"
 #include "run/RunParameters.h"
 #include "run/UvxFileList.h"
 

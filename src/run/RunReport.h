@@ -3,9 +3,9 @@
 
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "core/PhaseTimer.h"
 #include "core/Status.h"
 #include "run/FrequencySurvey.h"
 #include "run/PreFlight.h"
@@ -29,7 +29,7 @@ struct RunReport {
   /// map, its error map. Those that an early end kept from being tried are not listed.
   std::vector<RunProduct> products;
   FrequencySurvey survey;
-  PreFlight preFlight;  ///< without files when the run ended before it was made
+  PreFlight preFlight;          ///< without files when the run ended before it was made
   std::int32_t iterations = 0;  ///< CLEAN iterations done
   bool stopped = false;         ///< CLEAN was stopped before its last iteration
   double totalFlux = 0;         ///< sum of the zero-order components, map units
@@ -37,9 +37,11 @@ struct RunReport {
   double largestFrequencyOffset = -1e38;
   /// max |W M - I| of the CLEAN's beam matrix: far above 1e-6, or NaN, tells that the beams do not tell the
   /// spectral terms apart.
+  double residualBefore = 0, residualAfter = 0;  ///< of the CLEAN, see CleanReport
   double inversionError = 0;
-  /// Wall-clock seconds in the order of the run, the last entry "other" for what no phase accounts for.
-  std::vector<std::pair<std::string, double>> phases;
+  /// "run" with its parts in their order, each with parts of its own where there are some; what a part does
+  /// not account for is its last part, "other".
+  PhaseTime time{"run", 0};
 };
 
 }  // namespace lumo

@@ -19,6 +19,21 @@ const char* termsNotToldText() {
          "frequencies can carry, or the loop gain made CLEAN diverge";
 }
 
+bool isResidualLowered(const RunReport& report) {
+  // The first steps may all be about other terms than the residual map's, or about one of several equal
+  // peaks.
+  constexpr std::int32_t kTelling = 10;
+  return report.iterations < kTelling || report.residualBefore == 0 ||
+         report.residualAfter < report.residualBefore;
+}
+
+std::string residualNotLoweredText(const RunReport& report) {
+  return "the CLEAN did not lower the residual, whose largest value was " +
+         generalText(report.residualBefore) + " and is " + generalText(report.residualAfter) +
+         ": the loop gain is too high (at 2 no step is worth more than another), or the order more than the "
+         "data carry";
+}
+
 std::vector<std::string> runSummaryLines(const RunReport& report) {
   std::vector<std::string> lines;
   std::int64_t written = 0;
@@ -30,11 +45,12 @@ std::vector<std::string> runSummaryLines(const RunReport& report) {
     lines.push_back("CLEAN: " + toStr(report.iterations) +
                     (report.stopped ? " iterations, stopped" : " iterations") + ", total flux " +
                     generalText(report.totalFlux));
-  if (!areTermsTold(report)) lines.push_back(std::string("Warning: ") + termsNotToldText());
-  double seconds = 0;
-  for (const auto& phase : report.phases) seconds += phase.second;
-  lines.push_back("Run ended after " + generalText(std::round(seconds * 10) / 10) + " s, " + toStr(written) +
-                  " products written");
+  if (!areTermsTold(report))
+    lines.push_back(std::string("Warning: ") + termsNotToldText());
+  else if (!isResidualLowered(report))
+    lines.push_back("Warning: " + residualNotLoweredText(report));
+  lines.push_back("Run ended after " + generalText(std::round(report.time.seconds * 10) / 10) + " s, " +
+                  toStr(written) + " products written");
   return lines;
 }
 

@@ -14,6 +14,9 @@ namespace lumo {
 [[nodiscard]] bool areTermsTold(const RunReport& report);
 /// The sentence for a report of which areTermsTold() is false.
 [[nodiscard]] const char* termsNotToldText();
+/// Whether the CLEAN lowered the largest residual. True when too few iterations were done to tell.
+[[nodiscard]] bool isResidualLowered(const RunReport& report);
+[[nodiscard]] std::string residualNotLoweredText(const RunReport& report);
 
 /// What a log keeps of a run: products that were not written and why, iterations and total flux, a warning
 /// when the terms are not told apart, the time it took and the number of products. A failure of the run

@@ -325,28 +325,47 @@ TEST_F(GridderTest, GridsLikeTheStraightLoopsOnGridsOfManyTiles) {
   }
 }
 
-TEST_F(GridderTest, WhatDoesNotFitTheMemoryOfTheWorkGridsWaitsForTheNextPass) {
-  TestFile file({kNu0, 1.1e9, 1.2e9, 1.3e9});
-  fill(file, 300, 5);
-  const VisibilityInputs inputs = test::listTestFiles(folder_, {file});
-  ABMakeParameters p = smallGrid();
-  p.halfSizeX = p.halfSizeY = 256;  // every work grid takes several pieces
-  const auto passes = [&](std::uint64_t bytes) {
+/// Four IFs on a grid of several thousand tiles of 1024 bytes, and how often gridding them passes over the
+/// file.
+class GridderMemoryTest : public GridderTest {
+ protected:
+  GridderMemoryTest() {
+    parameters_.halfSizeX = parameters_.halfSizeY = 256;
+    onePoints_ = WorkGrid::emptyBytes(GridGeometry(parameters_)) + std::uint64_t{Stretch::kCapacity} * 1024;
+  }
+  std::int64_t passes(const TestFile& file, std::uint64_t workGridBytes) {
+    const VisibilityInputs inputs = test::listTestFiles(folder_, {file});
     test::RecordingBar reading;
     RunIndicators indicators;
     indicators.readingBar = &reading;
-    Gridder gridder(p, inputs, {1, kNu0, bytes}, indicators);
+    Gridder gridder(parameters_, inputs, {1, kNu0, workGridBytes}, indicators);
     SpectralGridSet grids;
     EXPECT_EQ(gridder.run(grids), 1);
     return std::count(reading.positions.begin(), reading.positions.end(), 100);
-  };
-  EXPECT_EQ(passes(kLots), 1);
-  EXPECT_EQ(passes(0), 4);
-  // Room for the lists of all four, but not for what the visibilities take.
-  const std::uint64_t lists = 4 * WorkGrid::emptyBytes(GridGeometry(p));
-  EXPECT_GT(passes(lists), 1);
-  EXPECT_LT(passes(lists), 5);
-  expectStraight(p, {file}, 1);
+  }
+  TestFile file_{{kNu0, 1.1e9, 1.2e9, 1.3e9}};
+  ABMakeParameters parameters_ = smallGrid();
+  std::uint64_t onePoints_;  ///< of an IF each of whose first points takes a tile
+};
+
+TEST_F(GridderMemoryTest, IfsShareAPassWhileEachPointOfAFirstBlockMayTakeATile) {
+  fill(file_, 100, 5);
+  EXPECT_EQ(passes(file_, kLots), 1);
+  EXPECT_EQ(passes(file_, 0), 4);
+  // Lists of tiles for all four are not enough, even though the few visibilities would have taken little.
+  EXPECT_EQ(passes(file_, 4 * WorkGrid::emptyBytes(GridGeometry(parameters_))), 4);
+  EXPECT_EQ(passes(file_, 2 * onePoints_), 2);
+  EXPECT_EQ(passes(file_, 4 * onePoints_), 1);
+  expectStraight(parameters_, {file_}, 1);
+}
+
+TEST_F(GridderMemoryTest, WhatDoesNotFitAfterABlockWaitsForTheNextPass) {
+  // More visibilities than were reckoned with, for a block of few IFs is longer.
+  fill(file_, 3000, 5);
+  EXPECT_EQ(passes(file_, kLots), 1);
+  EXPECT_GT(passes(file_, 4 * onePoints_), 1);
+  EXPECT_LT(passes(file_, 4 * onePoints_), 5);
+  expectStraight(parameters_, {file_}, 1);
 }
 
 TEST_F(GridderTest, AVisibilityAtUZeroIsGriddedTwiceInItsColumnEachTimeWithTheFullWeight) {

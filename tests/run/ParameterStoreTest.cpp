@@ -286,6 +286,41 @@ TEST_F(ParameterStoreTest, ABrokenProfileGivesDefaultsAndStaysAsItIs) {
   EXPECT_EQ(readFile(ini()), content);
 }
 
+TEST_F(ParameterStoreTest, SavingRemovesWhatAKilledProgramLeft) {
+  writeFile(home.file(".lumo-0123456789abcdef.tmp"), "half");
+  EXPECT_EQ(save(), 1);
+  EXPECT_FALSE(test::exists(home.file(".lumo-0123456789abcdef.tmp")));
+}
+
+TEST_F(ParameterStoreTest, FilesOfAnyNameAndAnyPrefixAreKept) {
+  const std::vector<std::string> names = {"with space  two",
+                                          " blank at both ends ",
+                                          "it's \"quoted\"",
+                                          "\"quoted\"",
+                                          "[section]",
+                                          "KEY=value; comment",
+                                          "MFS^cln0",
+                                          "Квазар 3C 84°",
+                                          "latin-1 \xe4\xf6",
+                                          "\xff\xfe",
+                                          "#hash",
+                                          std::string(255, 'n')};
+  for (const std::string& name : names) {
+    files.AddFile(make(name));
+    parameters.prefix = name;
+    RunParameters copy = parameters;
+    ASSERT_EQ(ParameterStore(home.path()).SaveParameters(copy, files), 1) << name;
+    UvxFileList loadedFiles;
+    RunParameters loaded;
+    ParameterStore store(home.path());
+    store.LoadParameters(loaded, loadedFiles);
+    EXPECT_TRUE(store.status().ok()) << store.status().text();
+    EXPECT_EQ(loaded.prefix, name);
+    ASSERT_EQ(loadedFiles.inputs().count(), files.inputs().count());
+    EXPECT_EQ(loadedFiles.inputs().names[files.inputs().count() - 1], data.file(name));
+  }
+}
+
 TEST_F(ParameterStoreTest, AFailureToWriteTheBinaryFileLeavesTheProfileWritten) {
   std::filesystem::create_directory(bin());
   ParameterStore store(home.path());

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <limits>
@@ -31,14 +32,16 @@ class PreFlightTest : public testing::Test {
     ABMakeParameters& p = files_.imaging();
     p.uvLimitU = p.uvLimitV = uvLimit;
     p.halfSizeX = p.halfSizeY = 16;
-    const Status status = inspectRun(parameters_, files_.inputs(), p, {}, result_);
+    const Status status = inspectRun(parameters_, files_.inputs(), p, {1, room_}, {}, result_, facts_);
     ASSERT_TRUE(status.ok()) << status.text();
   }
 
   test::TempFolder folder_;
   UvxFileList files_;
   RunParameters parameters_;
+  MemoryRoom room_;
   PreFlight result_;
+  std::vector<InputFileFacts> facts_;
 };
 
 TEST_F(PreFlightTest, FrequencyRecordsWeightsAndBaselinesOfEachFileAreTold) {
@@ -94,7 +97,7 @@ TEST_F(PreFlightTest, PointsOffTheGridAreCountedAndTheCellThatKeepsThemIsTold) {
   ABMakeParameters p = files_.imaging();
   p.uvLimitU = 1.0001 * kArcsecPerRadian / (2 * result_.cellXAll) / p.uvScaleU;
   p.uvLimitV = 1.0001 * kArcsecPerRadian / (2 * result_.cellYAll) / p.uvScaleV;
-  ASSERT_TRUE(inspectRun(parameters_, files_.inputs(), p, {}, result_).ok());
+  ASSERT_TRUE(inspectRun(parameters_, files_.inputs(), p, {}, {}, result_, facts_).ok());
   EXPECT_EQ(result_.outside, 0u);
   EXPECT_THAT(preFlightWarnings(result_, 1), IsEmpty());
 }
@@ -137,6 +140,70 @@ TEST_F(PreFlightTest, AFileWithoutUsableDataIsNamed) {
   inspect(1);
   EXPECT_EQ(result_.files[0].uvMax, 0.0);
   EXPECT_THAT(preFlightWarnings(result_, 1), Contains(HasSubstr("a.uvx: no visibility")));
+}
+
+TEST_F(PreFlightTest, OnlyPointsOnTheGridCountForTheTerms) {
+  test::UvxSample sample;
+  sample.selections = {{1, {1.26e9, 1.4e9, 1.54e9}}};
+  add("a.uvx", sample);
+  // The grid ends between the second and the third frequency: what is left are offsets -0.1 and 0.
+  inspect(2, 1.4 / 1.54 * 1.04);
+  EXPECT_EQ(result_.outside, 2u);
+  EXPECT_EQ(result_.distinctFrequencies, 2);
+  // M = (1 -0.05; -0.05 0.005): eigenvalues of a 2 x 2 matrix.
+  const double mean = (1 + 0.005) / 2;
+  const double root = std::hypot((1 - 0.005) / 2, 0.05);
+  EXPECT_NEAR(result_.condition, (mean + root) / (mean - root), 1e-6 * result_.condition)
+      << "rounding of the frequency ratios, raised by the condition";
+}
+
+TEST_F(PreFlightTest, AReferenceBesideTheUsableDataIsWarnedOf) {
+  test::UvxSample sample;
+  sample.selections = {{1, {1.3e9, 1.5e9}}};
+  sample.visibility = [](double, double, double hertz) -> std::complex<double> {
+    return hertz < 1.4e9 ? std::numeric_limits<double>::quiet_NaN() : 1.0;
+  };
+  add("a.uvx", sample);
+  inspect(1);  // at 1400 MHz
+  EXPECT_THAT(preFlightWarnings(result_, 1),
+              Contains(HasSubstr("1400.000000 MHz lies outside the usable data (1500")));
+  sample.visibility = {};
+  add("b.uvx", sample);
+  inspect(1);
+  EXPECT_THAT(preFlightWarnings(result_, 1), IsEmpty());
+}
+
+TEST_F(PreFlightTest, FilesOfDifferentSourcesAreWarnedOf) {
+  add("a.uvx", {});
+  add("b.uvx", {});
+  add("c.uvx", {});
+  inspect(1);
+  EXPECT_THAT(preFlightWarnings(result_, 1), IsEmpty());
+  const double cell = std::min(result_.cellX, result_.cellY);
+  // At 60 degrees of declination a step in right ascension is half as long on the sky.
+  for (PreFlightFile& file : result_.files) file.source.declination = 60;
+  result_.files[1].source.name = "3C 84";
+  result_.files[2].source.rightAscension += 2 * 0.6 * cell / 3600;
+  EXPECT_THAT(preFlightWarnings(result_, 1), testing::ElementsAre(HasSubstr("b.uvx: its source is 3C 84"),
+                                                                  HasSubstr("c.uvx: its phase centre is")));
+  result_.files[2].source.rightAscension -= 2 * 0.2 * cell / 3600;
+  result_.files[1].source = result_.files[0].source;
+  EXPECT_THAT(preFlightWarnings(result_, 1), IsEmpty()) << "0.4 cells";
+  result_.files[1].source.epoch = 1950;
+  EXPECT_THAT(preFlightWarnings(result_, 1),
+              testing::ElementsAre(HasSubstr("b.uvx: its position is in another frame")));
+}
+
+TEST_F(PreFlightTest, LittleFreeMemoryIsWarnedOf) {
+  room_.most = std::uint64_t{1} << 40;
+  room_.free = 1000;
+  room_.mostIs = "the memory of this machine";
+  add("a.uvx", {});
+  inspect(1);
+  EXPECT_THAT(preFlightWarnings(result_, 1), testing::ElementsAre(HasSubstr("1 kB are free now")));
+  result_.memory.room.most = result_.memory.peak - 1;
+  EXPECT_THAT(preFlightWarnings(result_, 1), testing::ElementsAre(HasSubstr("more than there is")));
+  EXPECT_THAT(preFlightLines(result_), Contains(HasSubstr("memory up to " + bytesText(result_.memory.peak))));
 }
 
 }  // namespace

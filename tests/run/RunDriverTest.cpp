@@ -10,6 +10,7 @@
 #include "RunSample.h"
 #include "clean/HeadlessCleanWatcher.h"
 #include "core/Units.h"
+#include "numerics/ConditionNumber.h"
 #include "run/RunDriver.h"
 #include "support/TempFolder.h"
 
@@ -112,8 +113,83 @@ TEST_F(RunDriverTest, ARunOfTwoTermsWritesEveryProductAndReportsThemInOrder) {
   EXPECT_EQ(text.last, "Success");
   EXPECT_EQ(discarded, 1);
   EXPECT_DOUBLE_EQ(report.largestFrequencyOffset, std::abs(1.4e9 / 1.5e9 - 1));
-  ASSERT_FALSE(report.phases.empty());
-  EXPECT_EQ(report.phases.back().first, "other");
+}
+
+// The names of a phase's parts.
+std::vector<std::string> partsOf(const PhaseTime& phase) {
+  std::vector<std::string> names;
+  for (const PhaseTime& part : phase.parts) names.push_back(part.name);
+  return names;
+}
+
+void expectPartsToAddUp(const PhaseTime& phase) {
+  if (phase.parts.empty()) return;
+  double sum = 0;
+  for (const PhaseTime& part : phase.parts) {
+    EXPECT_GE(part.seconds, 0) << part.name;
+    sum += part.seconds;
+    expectPartsToAddUp(part);
+  }
+  if (phase.parts.back().name == "other")
+    EXPECT_NEAR(sum, phase.seconds, 1e-9) << phase.name << ": rounding of the sum";
+  else
+    EXPECT_LE(sum, phase.seconds + 1e-9) << phase.name;
+}
+
+TEST_F(RunDriverTest, TheTimeOfARunIsThatOfItsParts) {
+  files.imaging().weightingMode = kUniformWeighting;
+  const RunReport report = run();
+  ASSERT_TRUE(report.status.ok()) << report.status.text();
+  EXPECT_THAT(partsOf(report.time), ElementsAre("check", "inspect", "image", "clean", "index", "other"));
+  const PhaseTime& image = report.time.parts[2];
+  EXPECT_THAT(partsOf(image), ElementsAre("grid", "beam", "transform", "write", "other"));
+  EXPECT_THAT(partsOf(image.parts[0]), ElementsAre("prepare", "read", "add", "fold", "weight"));
+  EXPECT_THAT(partsOf(report.time.parts[3]), ElementsAre("load", "iterate", "restore", "write", "other"));
+  expectPartsToAddUp(report.time);
+}
+
+TEST_F(RunDriverTest, TheConditionToldBeforeTheRunIsThatOfTheBeamsItMakes) {
+  parameters.order = 3;
+  const RunReport report = run();
+  ASSERT_TRUE(report.status.ok()) << report.status.text();
+  std::vector<double> centres;
+  for (int k = 0; k < 5; ++k) {
+    const LoadedMap beam = load("^bm" + std::to_string(k) + ".exm");
+    centres.push_back((*beam.matrix)(beam.matrix->rows() / 2, beam.matrix->columns() / 2));
+  }
+  std::vector<double> matrix;
+  for (std::size_t j = 0; j < 3; ++j)
+    for (std::size_t k = 0; k < 3; ++k) matrix.push_back(centres[j + k]);
+  const double condition = conditionNumber(matrix, 3);
+  EXPECT_GT(condition, 1000);
+  // The beams are rounded to 6e-8 of themselves, which the condition raises to some 1e-3 at most.
+  EXPECT_NEAR(report.preFlight.condition, condition, 1e-2 * condition);
+}
+
+TEST_F(RunDriverTest, ARunThatCannotFitIntoMemoryIsRefusedBeforeAnythingIsTouched) {
+  test::writeFile(work.file("MFS^cln0.exm"), "of an earlier run");
+  RunCompany company;
+  company.clean = &watcher;
+  MemoryRoom room;
+  room.mostIs = "the memory of this machine";
+  company.memory = [&room] { return room; };
+  company.discardAreas = [this] { ++discarded; };
+  bool told = false;
+  company.tellPreFlight = [&told](const PreFlight&) { told = true; };
+  // Two terms: five spectral grids of (2 kRows) x (kColumns + 1) complex numbers.
+  room.most = 5 * 2 * kRows * (kColumns + 1) * 16;
+  RunReport report = RunDriver(company).Run(parameters, files);
+  EXPECT_EQ(report.status.code(), StatusCode::kOutOfMemory);
+  EXPECT_THAT(report.status.message(), testing::HasSubstr(bytesText(room.most)));
+  EXPECT_THAT(report.status.message(), testing::HasSubstr("the memory of this machine"));
+  EXPECT_FALSE(told);
+  EXPECT_EQ(discarded, 0);
+  EXPECT_EQ(test::readFile(work.file("MFS^cln0.exm")), "of an earlier run");
+  // Work grids come on top, but how many tiles they take is not certain before the run.
+  room.most += std::uint64_t{100} << 20;
+  report = RunDriver(company).Run(parameters, files);
+  EXPECT_TRUE(report.status.ok()) << report.status.text();
+  EXPECT_TRUE(told);
 }
 
 TEST_F(RunDriverTest, FindsTheFluxPlaceAndSpectralIndexOfAPointSource) {
@@ -187,7 +263,6 @@ TEST_F(RunDriverTest, AnErrorMapIsMadeWhereAskedForAndHasValuesWhereTheIndexHas)
   ASSERT_TRUE(report.status.ok()) << report.status.text();
   EXPECT_EQ(report.products.size(), 13u);
   EXPECT_EQ(report.products.back().name, "^sindex_err.exm");
-  EXPECT_EQ(report.phases.back().first, "other");
   EXPECT_EQ(text.last, "Success");
   const LoadedMap index = load("^sindex.exm");
   const LoadedMap error = load("^sindex_err.exm");
@@ -255,6 +330,15 @@ TEST_F(RunDriverTest, InvalidParametersTouchNothing) {
   EXPECT_TRUE(report.products.empty());
   EXPECT_EQ(test::readFile(work.file("MFS^cln0.exm")), "of an earlier run");
   EXPECT_EQ(discarded, 0);
+}
+
+TEST_F(RunDriverTest, WhatAKilledRunLeftIsRemovedAndFilesOfOtherNamesStay) {
+  const std::string left = work.file(".lumo-0123456789abcdef.tmp");
+  test::writeFile(left, "half");
+  test::writeFile(work.file("notes.tmp"), "of the user");
+  EXPECT_TRUE(run().status.ok());
+  EXPECT_FALSE(test::exists(left));
+  EXPECT_TRUE(test::exists(work.file("notes.tmp")));
 }
 
 TEST_F(RunDriverTest, AnInputThatCannotBeUsedTouchesNothing) {

@@ -18,7 +18,7 @@ RunReport soundReport() {
   report.iterations = 20;
   report.totalFlux = 1.25;
   report.inversionError = 1e-15;
-  report.phases = {{"grid", 1.0}, {"clean", 2.26}};
+  report.time = {"run", 3.26, {{"image", 1.0}, {"clean", 2.26}}};
   return report;
 }
 
@@ -45,6 +45,24 @@ TEST(RunSummaryTest, NumbersThatMeanNothingAreWarnedOf) {
   report.totalFlux = INFINITY;
   EXPECT_FALSE(areTermsTold(report));
   EXPECT_THAT(runSummaryLines(report)[2], HasSubstr("cannot tell the spectral terms apart"));
+}
+
+TEST(RunSummaryTest, AResidualThatDidNotFallIsWarnedOf) {
+  RunReport report = soundReport();
+  report.residualBefore = 1.5;
+  report.residualAfter = 0.1;
+  EXPECT_TRUE(isResidualLowered(report));
+  report.residualAfter = 1.5;
+  EXPECT_FALSE(isResidualLowered(report));
+  EXPECT_THAT(runSummaryLines(report)[2], HasSubstr("largest value was 1.5 and is 1.5"));
+  report.residualAfter = 40;
+  EXPECT_FALSE(isResidualLowered(report));
+  // One step tells nothing, and an empty map has nothing to lower.
+  report.iterations = 1;
+  EXPECT_TRUE(isResidualLowered(report));
+  report.iterations = 20;
+  report.residualBefore = report.residualAfter = 0;
+  EXPECT_TRUE(isResidualLowered(report));
 }
 
 TEST(RunSummaryTest, ARunThatNeverReachedCleanHasNothingToWarnOf) {

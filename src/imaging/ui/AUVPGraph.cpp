@@ -137,7 +137,7 @@ void AUVPGraph::draw(const GraphPainter& target) const {
 }
 
 void AUVPGraph::drawToKeep(const GraphPainter& target) const {
-  QPainter& painter = target.painter;
+  const QPainter& painter = target.painter;
   const double scale = std::abs(painter.deviceTransform().m11());
   const int pixels = hasPixels(*painter.device()) ? std::max(1, qRound(scale)) : kVectorPixels;
   const UvFrame frame = frameOf(target.view, pixels);

@@ -43,6 +43,7 @@ Status UVXView(const std::string& path, QWidget* parent) {
   QApplication::setOverrideCursor(Qt::WaitCursor);
   const std::string text = uvxSummary(path, file, countGroups(file));
   QApplication::restoreOverrideCursor();
+  if (Status intact = file.intact(); !intact.ok()) return intact;
   file.Close();
   UvxInfoDlg(path, text, parent).exec();
   return {};

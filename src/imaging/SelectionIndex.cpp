@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "imaging/SelectionIndex.h"
+
+#include <algorithm>
+
+namespace lumo {
+
+namespace {
+
+/// How much of the file stays resident.
+constexpr std::uint64_t kResidentBytes = std::uint64_t{16} << 20;
+
+}  // namespace
+
+void SelectionIndex::read(const AUVXFile& file, const CancelFlag* cancel) {
+  clear();
+  if (file.groupCount() > kMostGroups) return;
+  ids_.reserve(file.groupCount());
+  const std::uint64_t between = kResidentBytes / file.groupBytes() + 1;
+  for (std::uint64_t group = 0; group < file.groupCount(); ++group) {
+    if (group % between == 0) {
+      if (cancel != nullptr && *cancel != 0) return clear();
+      file.releaseBefore(group);
+    }
+    ids_.push_back(UvxRecord::load(file.groupAt(group)).freqSel);
+  }
+}
+
+bool SelectionIndex::holds(std::uint64_t begin, std::uint64_t end, std::int8_t id) const {
+  const auto first = ids_.begin() + static_cast<std::ptrdiff_t>(begin);
+  const auto last = ids_.begin() + static_cast<std::ptrdiff_t>(end);
+  return std::find(first, last, id) != last;
+}
+
+}  // namespace lumo
