@@ -214,7 +214,7 @@ double BeamNorm::reach(const double* beamValues) const {
         square[i][j] = 0.0;
         for (int k = 0; k < terms_; ++k) square[i][j] += (a[i][k] / norms[step]) * (a[k][j] / norms[step]);
       }
-    std::copy(&square[0][0], &square[0][0] + kMax * kMax, &a[0][0]);
+    std::copy(&square[0][0], &square[0][0] + std::ptrdiff_t{kMax} * kMax, &a[0][0]);
   }
   double radius = norms[kSquarings];
   for (int step = kSquarings - 1; step >= 0; --step) radius = norms[step] * std::sqrt(radius);

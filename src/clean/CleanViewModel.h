@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <vector>
+
+#include "clean/CleanObserver.h"
 #include "clean/CleanWatcher.h"
 #include "core/AMatrix.h"
 #include "core/TMinMax.h"
@@ -8,7 +11,7 @@
 namespace lumo {
 
 /// What the preview of a paused CLEAN shows of term 0: the components so far restored with the restoring
-/// beam, and the residual beside them.
+/// beam, and the residual beside them; and how the CLEAN has gone on so far.
 struct CleanViewModel {
   /// Axis names of both panels; the axis puts the angle's unit prefix in place of %s.
   static constexpr const char* kNameX = "Right ascent [%sas]";
@@ -27,6 +30,8 @@ struct CleanViewModel {
   const AMatrix<float>* residual = nullptr;
   /// The first dirty map's ranges as they stand: on its value range the decline of the residual shows.
   TMinMax residualRange;
+  /// The lines of the CLEAN's record, in their order; prepare() leaves them empty.
+  std::vector<CleanProgress> record;
 };
 
 /// `range` with the value range of the map's pixels: the minimum takes every value smaller than itself, from

@@ -88,6 +88,7 @@ Status CleanWorker::priorityStatus() const {
 void CleanWorker::iterationDone(const CleanProgress& progress) {
   iteration_.store(progress.iteration, std::memory_order_relaxed);
   totalFlux_.store(progress.totalFlux, std::memory_order_relaxed);
+  record_.iterationDone(progress);
   if (observer_ != nullptr) observer_->iterationDone(progress);
   if (pauseRequested_.load(std::memory_order_relaxed)) park();
 }

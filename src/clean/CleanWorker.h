@@ -10,6 +10,7 @@
 
 #include "clean/ABCleanEngine.h"
 #include "clean/CleanObserver.h"
+#include "clean/WatchedCleanRecord.h"
 #include "core/Status.h"
 #include "core/ThreadPriority.h"
 
@@ -56,6 +57,9 @@ class CleanWorker final : private CleanObserver {
   [[nodiscard]] std::int32_t iteration() const { return iteration_.load(std::memory_order_relaxed); }
   /// Total flux so far, in map units.
   [[nodiscard]] double totalFlux() const { return totalFlux_.load(std::memory_order_relaxed); }
+  /// How the CLEAN has gone on so far. One thread may follow it; the record itself may be read where the maps
+  /// may be touched.
+  [[nodiscard]] WatchedCleanRecord& record() { return record_; }
 
   /// The engine's result: 1 completed, 0 stopped, failed or not finished yet.
   [[nodiscard]] int result() const;
@@ -75,6 +79,7 @@ class CleanWorker final : private CleanObserver {
 
   ABCleanEngine& engine_;
   CleanObserver* const observer_;
+  WatchedCleanRecord record_;
   std::atomic<int> stop_{0};
   std::atomic<std::int32_t> iteration_{0};
   std::atomic<double> totalFlux_{0.0};

@@ -99,7 +99,7 @@ class TiledCleanEngine final : public PlainCleanEngine {
 
  protected:
   void prepare() override;
-  bool search(double gain, CleanStep& step) override;
+  bool search(double gainValue, CleanStep& step) override;
   void subtract(const CleanStep& step) override;
 
  private:
@@ -118,7 +118,7 @@ class TiledCleanEngine final : public PlainCleanEngine {
   void pointAtMaps();
   void givePlainWay();
   [[nodiscard]] bool constrained() const { return maps_.nonNegative; }
-  [[nodiscard]] double constrainedBound(std::size_t tile, const Gain& gain) const;
+  [[nodiscard]] double constrainedBound(std::size_t i, const Gain& gain) const;
   void formBounds(const Gain& gain);
   [[nodiscard]] bool raiseBounds(const CleanStep& step);
   [[nodiscard]] bool sharing() const { return team_->size() > 1 && pacer_.together(); }

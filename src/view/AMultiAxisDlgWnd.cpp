@@ -67,6 +67,10 @@ void AMultiAxisDlgWnd::refresh() {
   panel_->refresh();
 }
 
+void AMultiAxisDlgWnd::followCurves() {
+  panel_->followCurves();
+}
+
 void AMultiAxisDlgWnd::setScales(AxisScale xScale, AxisScale yScale) {
   if (!frame_) return;
   frame_->setScales(xScale, yScale);

@@ -39,7 +39,9 @@ class AMultiAxisDlgWnd : public QWidget, public APrintable {
   [[nodiscard]] AMSD2DAxisMulti* frame() const { return frame_.get(); }
   /// Draws the frame and its curves anew; the part shown stays.
   void refresh();
-  /// The same for another pair of scales, which shows everything.
+  /// Draws curves that have grown: all of them where all was shown, else the part shown stays.
+  void followCurves();
+  /// Draws the frame and its curves anew for another pair of scales, which shows everything.
   void setScales(AxisScale xScale, AxisScale yScale);
 
   /// Shows everything.

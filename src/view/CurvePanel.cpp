@@ -128,6 +128,11 @@ void CurvePanel::showEverything() {
   refresh();
 }
 
+void CurvePanel::followCurves() {
+  if (frame_ != nullptr) view_.growFull(frame_->extent());
+  redraw();
+}
+
 void CurvePanel::refresh() {
   showColours();
   redraw();

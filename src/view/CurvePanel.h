@@ -23,6 +23,8 @@ class CurvePanel : public QCustomPlot {
   void refresh();
   /// The same, and shows everything: for changed scales and curves of another extent.
   void showEverything();
+  /// Takes over curves that have grown: all of them where all was shown, else the part shown stays.
+  void followCurves();
   /// Draws at the next opportunity; for changes of view() alone.
   void redraw();
 

@@ -17,10 +17,15 @@ void PanelView::setSquare(bool square) {
 }
 
 void PanelView::setFull(const PlotRect& full) {
+  fitted_ = true;
+  growFull(full);
+}
+
+void PanelView::growFull(const PlotRect& full) {
   full_ = full;
   if (!(full_.width() > 0.0)) full_.xMax = full_.xMin + 1.0;
   if (!(full_.height() > 0.0)) full_.yMax = full_.yMin + 1.0;
-  fit();
+  if (fitted_) fit();
 }
 
 void PanelView::setPanelSize(double width, double height) {

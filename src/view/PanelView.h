@@ -37,6 +37,8 @@ class PanelView {
   void setSquare(bool square);
   /// Everything there is to see; fits it. A width or height that is not positive counts as 1.
   void setFull(const PlotRect& full);
+  /// The same for a plot that has grown: a part that is shown stays.
+  void growFull(const PlotRect& full);
   /// Size of the panel in logical pixels; sizes below 1 count as 1.
   void setPanelSize(double width, double height);
 

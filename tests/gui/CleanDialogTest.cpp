@@ -19,12 +19,15 @@
 #include "clean/Restoration.h"
 #include "clean/StraightClean.h"
 #include "clean/ui/CleanDialogWatcher.h"
+#include "clean/ui/CleanGraphs.h"
 #include "clean/ui/LumoCleanDlg.h"
 #include "clean/ui/LumoClnShowDlg.h"
 #include "core/TextForm.h"
 #include "gui/GuiScript.h"
 #include "io/MapProduct.h"
 #include "support/TempFolder.h"
+#include "view/ALineGraph.h"
+#include "view/AMultiAxisDlgWnd.h"
 
 namespace lumo {
 namespace {
@@ -125,6 +128,11 @@ class CleanDialogTest : public testing::Test {
     for (QPushButton* const button : window.findChildren<QPushButton*>())
       if (button->text().remove('&') == text) return button->click();
     ADD_FAILURE() << "no button " << text.toStdString();
+  }
+
+  /// The curve of the total flux.
+  static const ALineGraph& fluxCurve(const CleanGraphs& graphs) {
+    return dynamic_cast<const ALineGraph&>(*graphs.fluxWindow().frame()->graphs()[0]);
   }
 
   [[nodiscard]] test::StraightResult straightAfter(std::int32_t iterations) const {
@@ -254,6 +262,83 @@ TEST_F(CleanDialogTest, EventsAreHandledWhileTheRunningIterationEnds) {
       .step([] { return modalWindow<LumoClnShowDlg>() != nullptr; })
       .then([] { click(*modalWindow<LumoClnShowDlg>(), "Continue"); });
   EXPECT_EQ(run(20).iterations, 20);
+}
+
+TEST_F(CleanDialogTest, TheViewShowsHowTheIterationsWentOnUpToThePause) {
+  GuiScript script(rescue_);
+  script.step(dialogIsOpen())
+      .step([this] { return gate_.isReached(); })
+      .then([this] {
+        showResult().click();
+        gate_.open();
+      })
+      .step([] { return modalWindow<LumoClnShowDlg>() != nullptr; })
+      .then([this] {
+        auto& view = *modalWindow<LumoClnShowDlg>();
+        const ALineGraph& flux = fluxCurve(view.graphs());
+        EXPECT_THAT(flux.x(), ElementsAre(1, 2, 3, 4, 5));
+        for (std::int32_t n = 1; n <= 5 && flux.y().size() == 5; ++n)
+          EXPECT_EQ(flux.y()[static_cast<std::size_t>(n) - 1], straightAfter(n).totalFlux);
+        click(view, "Stop");
+      });
+  EXPECT_EQ(run(kEndless).iterations, 5);
+}
+
+TEST_F(CleanDialogTest, TheViewKeepsItsGraphsSwitchedOffForTheRun) {
+  gate_.open();
+  std::vector<bool> shown;
+  GuiScript script(rescue_);
+  script.step(dialogIsOpen());
+  for (int i = 0; i < 2; ++i) {
+    script.then([] { showResult().click(); })
+        .step([] { return modalWindow<LumoClnShowDlg>() != nullptr; })
+        .then([&shown, i] {
+          auto& view = *modalWindow<LumoClnShowDlg>();
+          shown.push_back(view.graphs().isVisible());
+          if (i == 0) view.findChild<QAbstractButton*>("convergence")->click();
+          click(view, i == 0 ? "Continue" : "Stop");
+        })
+        .step([i] { return i == 1 || modalWindow<LumoCleanDlg>() != nullptr; });
+  }
+  (void)run(kEndless);
+  EXPECT_THAT(shown, ElementsAre(true, false));
+}
+
+TEST_F(CleanDialogTest, ConvergenceIsDrawnWhileTheCleanGoesOnAndCanBeClosedAgain) {
+  gate_.open();
+  std::size_t seen = 0;
+  QSize closed;
+  GuiScript script(rescue_);
+  script.step(dialogIsOpen())
+      .then([&closed] {
+        auto& dialog = *modalWindow<LumoCleanDlg>();
+        EXPECT_EQ(dialog.findChild<CleanGraphs*>(), nullptr) << "nothing that costs before it is asked for";
+        closed = dialog.size();
+        dialog.findChild<QPushButton*>("convergence")->click();
+      })
+      .step([this, &seen, closed = &closed] {
+        auto& dialog = *modalWindow<LumoCleanDlg>();
+        const ALineGraph& flux = fluxCurve(*dialog.findChild<CleanGraphs*>());
+        if (flux.x().empty()) return false;
+        EXPECT_GT(dialog.height(), closed->height());
+        seen = static_cast<std::size_t>(flux.x().back());
+        const auto first = static_cast<std::int32_t>(flux.x().front());
+        EXPECT_EQ(flux.y().front(), straightAfter(first).totalFlux);
+        EXPECT_TRUE(flux.legend().startsWith("Total flux")) << flux.legend().toStdString();
+        return true;
+      })
+      .step([&seen] {
+        const ALineGraph& flux = fluxCurve(*modalWindow<LumoCleanDlg>()->findChild<CleanGraphs*>());
+        return static_cast<std::size_t>(flux.x().back()) > seen;
+      })
+      .then([&closed] {
+        auto& dialog = *modalWindow<LumoCleanDlg>();
+        dialog.findChild<QPushButton*>("convergence")->click();
+        EXPECT_FALSE(dialog.findChild<CleanGraphs*>()->isVisible());
+        EXPECT_EQ(dialog.size(), closed);
+        dialog.close();
+      });
+  EXPECT_TRUE(run(kEndless).stopped);
 }
 
 TEST_F(CleanDialogTest, ResultCanBeShownAgainAndAgain) {

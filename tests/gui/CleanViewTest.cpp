@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QCheckBox>
 #include <QPushButton>
 #include <cmath>
 #include <limits>
 
 #include "clean/CleanProblem.h"
+#include "clean/ui/CleanGraphs.h"
 #include "clean/ui/LumoClnShowDlg.h"
 #include "gui/GuiScript.h"
+#include "view/AMultiAxisDlgWnd.h"
 
 namespace lumo {
 namespace {
@@ -70,6 +74,46 @@ TEST_F(CleanViewTest, PanelsStandSideBySideAndShareTheWindow) {
   ASSERT_FALSE(view.grab().isNull());
   EXPECT_GT(view.restoredWindow().width(), left.width());
   EXPECT_GT(view.restoredWindow().height(), left.height());
+}
+
+TEST_F(CleanViewTest, ConvergenceStandsBelowTheMapsAndCanBeSwitchedOff) {
+  LumoClnShowDlg view(model_);
+  view.resize(1000, 900);
+  view.show();
+  ASSERT_FALSE(view.grab().isNull());
+  const QRect map = view.restoredWindow().geometry();
+  EXPECT_TRUE(view.graphs().isVisible());
+  EXPECT_GT(view.graphs().geometry().top(), map.bottom());
+  EXPECT_GT(map.height(), view.graphs().height()) << "the maps come first";
+  auto& convergence = *view.findChild<QCheckBox*>("convergence");
+  EXPECT_TRUE(convergence.isChecked());
+  convergence.click();
+  QApplication::processEvents();
+  EXPECT_FALSE(view.graphs().isVisible());
+  EXPECT_GT(view.restoredWindow().height(), map.height()) << "the maps get the room";
+}
+
+TEST_F(CleanViewTest, ConvergenceThatWasSwitchedOffStaysOff) {
+  LumoClnShowDlg view(model_, nullptr, false);
+  view.show();
+  EXPECT_FALSE(view.graphs().isVisible());
+  auto& convergence = *view.findChild<QCheckBox*>("convergence");
+  EXPECT_FALSE(convergence.isChecked());
+  convergence.click();
+  EXPECT_TRUE(view.graphs().isVisible());
+}
+
+TEST_F(CleanViewTest, TheSmallestWindowStillHasRoomForCurves) {
+  model_.record = {{1, 0.5, 0.1, true, 3, 4, 2.0, 5.0}, {2, 0.75, 0.1, true, 3, 4, 1.0, 4.0}};
+  LumoClnShowDlg view(model_);
+  view.resize(1, 1);
+  view.show();
+  ASSERT_FALSE(view.grab().isNull());
+  for (const QRect& panel :
+       {view.graphs().fluxWindow().panelRect(), view.graphs().residualWindow().panelRect()}) {
+    EXPECT_GT(panel.width(), 40);
+    EXPECT_GT(panel.height(), 40);
+  }
 }
 
 TEST_F(CleanViewTest, ContinueIsTheDefaultAndAccepts) {

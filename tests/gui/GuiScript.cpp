@@ -12,12 +12,11 @@ namespace lumo::test {
 namespace {
 
 constexpr std::chrono::milliseconds kPeriod(2);
-constexpr std::chrono::seconds kPatience(30);
 
 }  // namespace
 
-GuiScript::GuiScript(std::function<void()> rescue)
-    : rescue_(std::move(rescue)), since_(std::chrono::steady_clock::now()) {
+GuiScript::GuiScript(std::function<void()> rescue, std::chrono::seconds patience)
+    : rescue_(std::move(rescue)), patience_(patience), since_(std::chrono::steady_clock::now()) {
   schedule();
 }
 
@@ -52,7 +51,7 @@ void GuiScript::advance() {
     }
     next_ = current;
   }
-  if (next_ < steps_.size() && std::chrono::steady_clock::now() - since_ > kPatience) {
+  if (next_ < steps_.size() && std::chrono::steady_clock::now() - since_ > patience_) {
     if (!failed_) ADD_FAILURE() << "step " << next_ << " of the script did not come about";
     failed_ = true;
     if (rescue_) rescue_();

@@ -12,11 +12,12 @@
 namespace lumo::test {
 
 /// Drives modal windows from inside their event loops: each step is called again and again until it returns
-/// true, then the next one. A step that does not succeed within half a minute fails the test; then `rescue`
-/// is called and every modal window is closed, so that the loops return.
+/// true, then the next one. A step that does not succeed within `patience` fails the test; then `rescue` is
+/// called and every modal window is closed, so that the loops return.
 class GuiScript {
  public:
-  explicit GuiScript(std::function<void()> rescue = {});
+  explicit GuiScript(std::function<void()> rescue = {},
+                     std::chrono::seconds patience = std::chrono::seconds(30));
   GuiScript(const GuiScript&) = delete;
   GuiScript& operator=(const GuiScript&) = delete;
   /// Fails the test when steps are left.
@@ -33,6 +34,7 @@ class GuiScript {
   std::vector<std::function<bool()>> steps_;
   std::size_t next_ = 0;
   std::function<void()> rescue_;
+  std::chrono::seconds patience_;
   std::chrono::steady_clock::time_point since_;
   bool failed_ = false;
   QObject context_;

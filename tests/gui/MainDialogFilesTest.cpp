@@ -71,6 +71,23 @@ TEST_F(MainDialogFilesTest, AddedFilesShowWithTheirFrequencies) {
                                   Row{"File 2,  Fq. ID 1", true, true}));
 }
 
+TEST_F(MainDialogFilesTest, FilesOfAnyNameAreListedAndThereAgainAtTheNextStart) {
+  const std::vector<std::string> names = {"with space  two.uvx", "it's \"quoted\".uvx",
+                                          "MFS^a[1:2]{x}.uvx",   "Квазар 3C 84°.uvx",
+                                          "100%s%1&b.uvx",       std::string(251, 'n') + ".uvx"};
+  open();
+  for (const std::string& name : names) add({oneSelection(name.c_str())});
+  for (int start = 0; start < 2; ++start) {
+    auto& list = get<QListWidget>("files");
+    ASSERT_EQ(list.count(), static_cast<int>(names.size()));
+    for (int i = 0; i < list.count(); ++i)
+      EXPECT_EQ(list.item(i)->text().toStdString(), data_.file(names[static_cast<std::size_t>(i)]));
+    EXPECT_EQ(text("number"), std::to_string(names.size()));
+    close();
+    open();
+  }
+}
+
 TEST_F(MainDialogFilesTest, TheFirstFileSuggestsItsFolder) {
   open();
   add({oneSelection("a.uvx")});

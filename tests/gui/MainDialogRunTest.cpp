@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "clean/ui/CleanGraphs.h"
 #include "clean/ui/LumoCleanDlg.h"
 #include "clean/ui/LumoClnShowDlg.h"
 #include "gui/GuiScript.h"
@@ -16,6 +17,7 @@
 #include "imaging/ui/AMakeParDlg.h"
 #include "io/MapProduct.h"
 #include "run/ui/AFqIDTable.h"
+#include "view/AMultiAxisDlgWnd.h"
 
 namespace lumo::test {
 namespace {
@@ -136,10 +138,16 @@ TEST_F(MainDialogRunTest, ARunLookedAtAndStoppedLeavesItsProductsAndEverythingAs
   for (int visit = 0; visit < 2; ++visit) {
     script
         .step([&dialog, visit, &iterations] {
-          const auto* const clean = modalWindow<LumoCleanDlg>();
+          auto* const clean = modalWindow<LumoCleanDlg>();
+          if (clean == nullptr) return false;
+          auto* const convergence = clean->findChild<QPushButton*>("convergence");
+          if (!convergence->isChecked()) convergence->click();
           const int done = dialog.windowTitle().split(' ')[0].toInt();
           // Far enough on for the maps to show what CLEAN has found.
-          if (clean == nullptr || done < iterations[0] + 300) return false;
+          if (done < iterations[0] + 300) return false;
+          const auto& graphs = *clean->findChild<CleanGraphs*>();
+          if (graphs.fluxWindow().frame()->extent().xMax < iterations[0] + 300) return false;
+          if (visit == 1) savePicture(*clean, "clean-convergence");
           clean->findChild<QPushButton*>("showResult")->click();
           iterations[visit] = done;
           return true;

@@ -53,6 +53,18 @@ TEST(PanelViewTest, PixelsAndPlotPositionsAreInverse) {
   EXPECT_NEAR(there.y, 91.0, 1e-10);
 }
 
+TEST(PanelViewTest, APlotThatGrowsStaysFittedOrKeepsThePartShown) {
+  PanelView view = skyView();
+  view.growFull({-40.0, 40.0, -10.0, 10.0});
+  EXPECT_EQ(view.visible(), (PlotRect{-40.0, 40.0, -40.0, 40.0}));
+  view.zoomAbout({30.0, 40.0}, 3.0);
+  const PlotRect part = view.visible();
+  view.growFull({-80.0, 80.0, -10.0, 10.0});
+  EXPECT_EQ(view.visible(), part);
+  view.fit();
+  EXPECT_EQ(view.visible(), (PlotRect{-80.0, 80.0, -80.0, 80.0}));
+}
+
 TEST(PanelViewTest, ZoomingKeepsWhatIsUnderTheCursor) {
   PanelView view = skyView();
   const PlotPoint before = view.toPlot({30.0, 160.0});

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "analysis/ui/AFQSGraph.h"
 
-#include <QFontMetricsF>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
@@ -10,14 +9,13 @@
 
 #include "core/TextForm.h"
 #include "view/ClippedLine.h"
+#include "view/LegendLine.h"
 
 namespace lumo {
 
 namespace {
 
-constexpr double kLegendFont = 1.1;          // of the frame's font height
-constexpr double kSmallestLegendFont = 0.7;  // where the window is narrow
-constexpr double kMark = 0.25;
+constexpr double kMark = 0.25;  // of the frame's font height
 
 QRectF panelOf(const PanelView& view, double margin) {
   return QRectF(0.0, 0.0, view.panelWidth(), view.panelHeight()).adjusted(-margin, -margin, margin, margin);
@@ -118,23 +116,11 @@ void AFQSGraph::drawErrorBar(const GraphPainter& target, std::size_t i) const {
 }
 
 void AFQSGraph::drawLegend(QPainter& painter, const QRectF& place) const {
-  painter.save();
-  painter.setPen(frame_.curveColour(number_));
   QRectF line = place.adjusted(0.0, frame_.legendDrop(), 0.0, 0.0);
   for (const QString& text : legend()) {
-    QFont font = painter.font();
-    font.setPixelSize(qRound(kLegendFont * frame_.fontHeight()));
-    const double width = QFontMetricsF(font).horizontalAdvance(text);
-    if (width > line.width()) {
-      const double smaller = std::max(kLegendFont * line.width() / width, kSmallestLegendFont);
-      font.setPixelSize(std::max(1, static_cast<int>(smaller * frame_.fontHeight())));
-    }
-    painter.setFont(font);
-    painter.drawText(line, Qt::AlignHCenter | Qt::AlignTop | Qt::TextSingleLine,
-                     QFontMetricsF(font).elidedText(text, Qt::ElideMiddle, line.width()));
+    drawLegendLine(painter, line, frame_.fontHeight(), frame_.curveColour(number_), text);
     line.translate(0.0, frame_.legendPitch());
   }
-  painter.restore();
 }
 
 std::string AFQSGraph::readOutAt(const PlotPoint& pixel, const PanelView& view) const {

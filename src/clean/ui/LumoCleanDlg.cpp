@@ -10,6 +10,7 @@
 #include <new>
 
 #include "clean/CleanViewModel.h"
+#include "clean/ui/CleanGraphs.h"
 #include "clean/ui/LumoClnShowDlg.h"
 
 namespace lumo {
@@ -18,6 +19,9 @@ namespace {
 
 /// About two screen refreshes: no eye follows more, and the worker keeps its processor to itself.
 constexpr std::chrono::milliseconds kLookPeriod(33);
+
+/// A graph of many iterations changes slowly, and drawing it takes more than a text.
+constexpr std::chrono::milliseconds kGraphPeriod(500);
 
 /// Room for every double, so that the window does not change its size as the digits come and go.
 constexpr const char* kWidestNumber = "-0.00000000000000000e-000";
@@ -55,7 +59,8 @@ LumoCleanDlg::LumoCleanDlg(CleanWorker& worker, const CleanScene& scene, MainWin
       mainWindow_(mainWindow),
       iterationText_(makeValue("iteration")),
       fluxText_(makeValue("flux")),
-      showResult_(new QPushButton(tr("&Show result"))) {
+      showResult_(new QPushButton(tr("&Show result"))),
+      convergence_(new QPushButton(tr("Con&vergence"))) {
   setWindowTitle(tr("MFS CLEANing"));
   setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                  Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
@@ -63,6 +68,10 @@ LumoCleanDlg::LumoCleanDlg(CleanWorker& worker, const CleanScene& scene, MainWin
   showResult_->setCheckable(true);
   showResult_->setAutoDefault(false);
   showResult_->setToolTip(tr("Pauses the CLEAN and shows the restored map and the residual so far"));
+  convergence_->setObjectName("convergence");
+  convergence_->setCheckable(true);
+  convergence_->setAutoDefault(false);
+  convergence_->setToolTip(tr("Graphs of the total flux and the residual over the iterations"));
 
   auto* const layout = new QGridLayout(this);
   layout->addWidget(makeCaption("Iteration: "), 0, 0);
@@ -70,9 +79,11 @@ LumoCleanDlg::LumoCleanDlg(CleanWorker& worker, const CleanScene& scene, MainWin
   layout->addWidget(showResult_, 0, 2);
   layout->addWidget(makeCaption("Total FLUX: "), 1, 0);
   layout->addWidget(fluxText_, 1, 1);
+  layout->addWidget(convergence_, 1, 2);
   layout->setColumnStretch(1, 1);
 
   connect(showResult_, &QPushButton::clicked, this, &LumoCleanDlg::showResult);
+  connect(convergence_, &QPushButton::toggled, this, &LumoCleanDlg::toggleGraphs);
   connect(&timer_, &QTimer::timeout, this, &LumoCleanDlg::look);
 }
 
@@ -103,6 +114,7 @@ void LumoCleanDlg::changeEvent(QEvent* event) {
 void LumoCleanDlg::look() {
   const bool finished = worker_.finished();
   showProgress();
+  followRecord();
   if (finished) {
     timer_.stop();
     done(Accepted);
@@ -125,6 +137,38 @@ void LumoCleanDlg::logPriority() {
   if (const Status status = worker_.priorityStatus(); !status.ok()) mainWindow_.log(status.text());
 }
 
+void LumoCleanDlg::toggleGraphs(bool shown) {
+  if (graphs_ == nullptr) {
+    graphs_ = new CleanGraphs(scene_.header().unit, this);
+    auto* const layout = qobject_cast<QGridLayout*>(this->layout());
+    layout->addWidget(graphs_, 2, 0, 1, 3);
+    layout->setRowStretch(2, 1);
+  }
+  if (shown) closedSize_ = size();
+  graphs_->setVisible(shown);
+  // Else the room that the graphs needed still holds.
+  layout()->activate();
+  resize(shown ? sizeHint() : closedSize_);
+  sinceGraphs_.invalidate();
+  followRecord();
+}
+
+void LumoCleanDlg::followRecord() {
+  if (graphs_ == nullptr || !graphs_->isVisible()) return;
+  if (sinceGraphs_.isValid() && !sinceGraphs_.hasExpired(kGraphPeriod.count())) return;
+  WatchedCleanRecord& record = worker_.record();
+  try {
+    // Asked for at one look, the copy is there at the next one after the iteration's end.
+    if (!record.fetchCopy(record_)) return record.requestCopy();
+    graphs_->showRecord(record_);
+    sinceGraphs_.start();
+  } catch (const std::bad_alloc&) {
+    // The run matters more than its picture.
+    graphs_->hide();
+    mainWindow_.log("There is not enough memory to show the convergence; the CLEAN goes on.");
+  }
+}
+
 void LumoCleanDlg::showResult() {
   // Looked at means there is a worker; without one the click has no meaning.
   if (!timer_.isActive()) return;
@@ -139,8 +183,11 @@ void LumoCleanDlg::openView() {
   timer_.stop();
   showResult_->setChecked(false);
   try {
-    LumoClnShowDlg view(CleanViewModel::prepare(scene_), this);
+    CleanViewModel model = CleanViewModel::prepare(scene_);
+    model.record = worker_.record().record().lines();
+    LumoClnShowDlg view(model, this, viewShowsGraphs_);
     if (view.exec() == Rejected) worker_.stop();
+    viewShowsGraphs_ = !view.graphs().isHidden();
   } catch (const std::bad_alloc&) {
     mainWindow_.log("There is not enough memory to show the result; the CLEAN goes on.");
   }

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QTimer>
+#include <vector>
 
 #include "clean/CleanDialogModel.h"
 #include "clean/CleanWatcher.h"
@@ -13,13 +15,15 @@ class QPushButton;
 
 namespace lumo {
 
+class CleanGraphs;
+
 /// The modal dialog "MFS CLEANing": starts a CLEAN worker, shows how far it is, and ends itself when the
 /// worker ends.
 ///
 /// The worker knows nothing of the dialog, which looks at its counters at screen rate. "Show result" asks for
 /// a pause; when the running iteration is done, the CLEAN view opens, and from it the run is continued or
-/// stopped. The close box and Escape stop the run. Minimising and restoring the dialog does the same to the
-/// main window.
+/// stopped. "Convergence" opens graphs of how the CLEAN goes on, drawn anew twice a second, below. The close
+/// box and Escape stop the run. Minimising and restoring the dialog does the same to the main window.
 class LumoCleanDlg final : public QDialog {
   Q_OBJECT
 
@@ -42,6 +46,8 @@ class LumoCleanDlg final : public QDialog {
   void look();
   void showProgress();
   void logPriority();
+  void toggleGraphs(bool shown);
+  void followRecord();
   void showResult();
   void openView();
 
@@ -53,6 +59,12 @@ class LumoCleanDlg final : public QDialog {
   QLabel* iterationText_;
   QLabel* fluxText_;
   QPushButton* showResult_;
+  QPushButton* convergence_;
+  CleanGraphs* graphs_ = nullptr;  ///< made when first asked for
+  std::vector<CleanProgress> record_;
+  QElapsedTimer sinceGraphs_;
+  QSize closedSize_;  ///< without the graphs
+  bool viewShowsGraphs_ = true;
   bool pausing_ = false;
   bool priorityLogged_ = false;
 };

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "clean/ui/LumoClnShowDlg.h"
 
+#include <QCheckBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <cmath>
 #include <memory>
 
+#include "clean/ui/CleanGraphs.h"
 #include "view/A2_3DAxis.h"
 #include "view/AColorsGraph.h"
 
@@ -18,6 +21,7 @@ namespace {
 /// Size at first, in the dialog's font, so that it grows with the screen's resolution.
 constexpr int kCharactersWide = 150;
 constexpr int kLinesHigh = 36;
+constexpr int kGraphLinesHigh = 16;
 
 std::unique_ptr<A2_3DAxis> makeAxis(const AMatrix<float>& map, const TMinMax& range,
                                     const AMapHeader& header) {
@@ -36,8 +40,11 @@ std::unique_ptr<A2_3DAxis> makeAxis(const AMatrix<float>& map, const TMinMax& ra
 
 }  // namespace
 
-LumoClnShowDlg::LumoClnShowDlg(const CleanViewModel& model, QWidget* parent)
-    : QDialog(parent), restored_(new LumoAxisWnd(this)), residual_(new LumoAxisWnd(this)) {
+LumoClnShowDlg::LumoClnShowDlg(const CleanViewModel& model, QWidget* parent, bool showsGraphs)
+    : QDialog(parent),
+      restored_(new LumoAxisWnd(this)),
+      residual_(new LumoAxisWnd(this)),
+      graphs_(new CleanGraphs(model.header.unit, this)) {
   setWindowTitle(tr("CLEAN view"));
   setWindowFlag(Qt::WindowMaximizeButtonHint);
   restored_->setObjectName("restored");
@@ -51,7 +58,15 @@ LumoClnShowDlg::LumoClnShowDlg(const CleanViewModel& model, QWidget* parent)
   goOn->setFocus();
   connect(stop, &QPushButton::clicked, this, &QDialog::reject);
   connect(goOn, &QPushButton::clicked, this, &QDialog::accept);
+  graphs_->showRecord(model.record);
+  graphs_->setVisible(showsGraphs);
+  auto* const convergence = new QCheckBox(tr("Con&vergence"));
+  convergence->setObjectName("convergence");
+  convergence->setChecked(showsGraphs);
+  convergence->setToolTip(tr("Total flux and residual over the iterations so far"));
+  connect(convergence, &QCheckBox::toggled, graphs_, &QWidget::setVisible);
   auto* const buttons = new QHBoxLayout;
+  buttons->addWidget(convergence);
   buttons->addStretch();
   buttons->addWidget(stop);
   buttons->addWidget(goOn);
@@ -61,11 +76,15 @@ LumoClnShowDlg::LumoClnShowDlg(const CleanViewModel& model, QWidget* parent)
   layout->addWidget(new QLabel(tr("Residual map")), 0, 1, Qt::AlignHCenter);
   layout->addWidget(restored_, 1, 0);
   layout->addWidget(residual_, 1, 1);
-  layout->addLayout(buttons, 2, 0, 1, 2);
-  layout->setRowStretch(1, 1);
+  layout->addWidget(graphs_, 2, 0, 1, 2);
+  layout->addLayout(buttons, 3, 0, 1, 2);
+  layout->setRowStretch(1, kLinesHigh);
+  layout->setRowStretch(2, kGraphLinesHigh);
   layout->setColumnStretch(0, 1);
   layout->setColumnStretch(1, 1);
-  resize(fontMetrics().averageCharWidth() * kCharactersWide, fontMetrics().height() * kLinesHigh);
+  const int lines = showsGraphs ? kLinesHigh + kGraphLinesHigh : kLinesHigh;
+  const QSize wanted(fontMetrics().averageCharWidth() * kCharactersWide, fontMetrics().height() * lines);
+  resize(wanted.boundedTo(screen()->availableSize()));
 }
 
 }  // namespace lumo

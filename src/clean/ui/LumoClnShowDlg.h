@@ -8,21 +8,26 @@
 
 namespace lumo {
 
-/// The modal dialog "CLEAN view": the restored map of term 0 on the left, its residual on the right.
+class CleanGraphs;
+
+/// The modal dialog "CLEAN view": the restored map of term 0 on the left, its residual on the right, and
+/// below, where "Convergence" is checked, how flux and residual went on over the iterations.
 /// "Continue" accepts it; "Stop", the close box and Escape reject it.
 class LumoClnShowDlg final : public QDialog {
   Q_OBJECT
 
  public:
-  /// Takes copies of both maps for its pictures.
-  explicit LumoClnShowDlg(const CleanViewModel& model, QWidget* parent = nullptr);
+  /// Takes copies of both maps for its pictures. `showsGraphs`: whether "Convergence" is checked at first.
+  explicit LumoClnShowDlg(const CleanViewModel& model, QWidget* parent = nullptr, bool showsGraphs = true);
 
   [[nodiscard]] LumoAxisWnd& restoredWindow() const { return *restored_; }
   [[nodiscard]] LumoAxisWnd& residualWindow() const { return *residual_; }
+  [[nodiscard]] CleanGraphs& graphs() const { return *graphs_; }
 
  private:
   LumoAxisWnd* restored_;
   LumoAxisWnd* residual_;
+  CleanGraphs* graphs_;
 };
 
 }  // namespace lumo
