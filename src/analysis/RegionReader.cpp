@@ -34,14 +34,14 @@ std::string quoted(std::string_view text) {
 }
 
 // Takes the word at the start of a statement, and the blanks around it, away.
-std::string takeWord(std::string& body) {
+std::string takeWord(std::string_view& body) {
   const auto isLetter = [](char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
   };
   const auto end = std::find_if_not(body.begin(), body.end(), isLetter);
   const std::string word = lowerCase(std::string(body.begin(), end));
   const auto next = std::find_if_not(end, body.end(), [](char c) { return c == ' ' || c == '\t'; });
-  body.erase(body.begin(), next);
+  body.remove_prefix(static_cast<std::size_t>(next - body.begin()));
   return word;
 }
 
@@ -56,10 +56,10 @@ class Reader {
   Reader(const RegionFrame& frame, std::vector<AreaShape>& shapes) : frame_(frame), shapes_(shapes) {}
 
   Status take(const RegionStatement& statement) {
-    std::string body = statement.body;
+    std::string_view body = statement.body;
     if (body.front() == '-' || body.front() == '!')
       return refuse("an excluded region; only regions to measure are read");
-    if (body.front() == '+') body.erase(0, 1);
+    if (body.front() == '+') body.remove_prefix(1);
     std::string word = takeWord(body);
     if (word == "global") return {};
     if (isFrame(word)) {
@@ -97,18 +97,20 @@ class Reader {
     return {};
   }
 
-  Status splitArguments(std::string body) {
+  Status splitArguments(std::string_view body) {
     arguments_.clear();
     if (body.starts_with('(')) {
       const std::size_t end = body.find(')');
-      if (end == std::string::npos) return refuse("a parenthesis is not closed");
-      const std::string rest = body.substr(end + 1);
-      if (rest.find_first_not_of(" \t") != std::string::npos)
+      if (end == std::string_view::npos) return refuse("a parenthesis is not closed");
+      const std::string_view rest = body.substr(end + 1);
+      if (rest.find_first_not_of(" \t") != std::string_view::npos)
         return refuse("unexpected text behind a region: " + quoted(rest));
       body = body.substr(1, end - 1);
     }
     constexpr std::string_view kSeparators = ", \t";
-    for (std::size_t at = body.find_first_not_of(kSeparators); at != std::string::npos;) {
+    const auto isSeparator = [&](char c) { return kSeparators.find(c) != std::string_view::npos; };
+    arguments_.reserve(static_cast<std::size_t>(std::count_if(body.begin(), body.end(), isSeparator)) + 1);
+    for (std::size_t at = body.find_first_not_of(kSeparators); at != std::string_view::npos;) {
       const std::size_t end = std::min(body.find_first_of(kSeparators, at), body.size());
       arguments_.push_back(body.substr(at, end - at));
       at = body.find_first_not_of(kSeparators, end);
@@ -129,6 +131,10 @@ class Reader {
                   " values; expected " + expected);
   }
 
+  [[nodiscard]] std::string quotedPair(std::size_t i) const {
+    return quoted(std::string(arguments_[i]).append(",").append(arguments_[i + 1]));
+  }
+
   // The position in arguments i and i + 1.
   Status position(std::size_t i, AreaPoint& point) const {
     const auto first = regionNumber(arguments_[i]);
@@ -137,8 +143,7 @@ class Reader {
       return number && (number->unit == 'i' || number->unit == 'p' || (number->unit == 0 && !sky_));
     };
     const auto wrong = [&] {
-      return refuse("the position " + quoted(arguments_[i] + "," + arguments_[i + 1]) + " is not one of " +
-                    (sky_ ? "the sky" : "the image"));
+      return refuse("the position " + quotedPair(i) + " is not one of " + (sky_ ? "the sky" : "the image"));
     };
     if (isPixel(first) && isPixel(second)) {
       point = frame_.ofPixel({first->value, second->value});
@@ -148,9 +153,7 @@ class Reader {
     const auto dec = regionAngle(arguments_[i + 1], false);
     if (!sky_ || !ra || !dec || std::abs(*dec) > 90.0) return wrong();
     const auto place = frame_.ofSky({*ra, *dec});
-    if (!place)
-      return refuse("the position " + quoted(arguments_[i] + "," + arguments_[i + 1]) +
-                    " is more than 90 degrees from the map");
+    if (!place) return refuse("the position " + quotedPair(i) + " is more than 90 degrees from the map");
     point = *place;
     return {};
   }
@@ -246,6 +249,7 @@ class Reader {
     if (arguments_.size() < 6 || arguments_.size() % 2 != 0)
       return wrongCount("polygon", "three or more pairs of x and y");
     shape.kind = AreaKind::kPolygon;
+    shape.vertices.reserve(arguments_.size() / 2);
     for (std::size_t i = 0; i < arguments_.size(); i += 2) {
       AreaPoint vertex;
       if (Status status = position(i, vertex); !status.ok()) return status;
@@ -256,7 +260,7 @@ class Reader {
 
   const RegionFrame& frame_;
   std::vector<AreaShape>& shapes_;
-  std::vector<std::string> arguments_;
+  std::vector<std::string_view> arguments_;  ///< of the statement at hand
   bool sky_ = false;
 };
 
@@ -265,14 +269,14 @@ class Reader {
 Status parseRegions(std::string_view text, const RegionFrame& frame, std::vector<AreaShape>& shapes) {
   shapes.clear();
   Reader reader(frame, shapes);
-  for (const RegionStatement& statement : regionStatements(text)) {
-    const Status status = reader.take(statement);
-    if (status.ok()) continue;
-    shapes.clear();
-    return {status.code(),
-            "line " + toStr(static_cast<std::int64_t>(statement.line)) + ": " + status.message()};
-  }
-  return {};
+  Status status = forEachRegionStatement(text, [&](const RegionStatement& statement) {
+    const Status taken = reader.take(statement);
+    if (taken.ok()) return taken;
+    return Status(taken.code(),
+                  "line " + toStr(static_cast<std::int64_t>(statement.line)) + ": " + taken.message());
+  });
+  if (!status.ok()) shapes.clear();
+  return status;
 }
 
 Status readRegions(const std::string& path, const RegionFrame& frame, std::vector<AreaShape>& shapes) {

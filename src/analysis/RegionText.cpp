@@ -26,34 +26,27 @@ char closing(char c) {
   return c == '{' ? '}' : c == '"' || c == '\'' ? c : '\0';
 }
 
-// One line into its statements. Quotes guard only behind a "#": in front of it they are units.
-void splitLine(std::string_view line, std::size_t number, std::vector<RegionStatement>& statements) {
-  if (trimmed(line).starts_with('#')) return;
-  RegionStatement current{number, {}, {}};
-  bool inProperties = false;
-  char guard = 0;
-  const auto finish = [&] {
-    current.body = trimmed(current.body);
-    if (!current.body.empty()) statements.push_back(current);
-    current = RegionStatement{number, {}, {}};
-    inProperties = false;
-    guard = 0;
-  };
-  for (const char c : line) {
+// The next statement of a line, which is taken away with the semicolon behind it. Quotes guard only behind a
+// "#": in front of it they are units.
+RegionStatement takeStatement(std::string_view& line, std::size_t number) {
+  std::size_t sign = std::string_view::npos;
+  std::size_t end = 0;
+  for (char guard = 0; end < line.size(); ++end) {
+    const char c = line[end];
     if (guard != 0) {
       if (c == guard) guard = 0;
     } else if (c == ';') {
-      finish();
-      continue;
-    } else if (inProperties) {
+      break;
+    } else if (sign != std::string_view::npos) {
       guard = closing(c);
     } else if (c == '#') {
-      inProperties = true;
-      continue;
+      sign = end;
     }
-    (inProperties ? current.properties : current.body) += c;
   }
-  finish();
+  const std::string_view whole = line.substr(0, end);
+  line.remove_prefix(std::min(end + 1, line.size()));
+  if (sign == std::string_view::npos) return {number, trimmed(whole), {}};
+  return {number, trimmed(whole.substr(0, sign)), whole.substr(sign + 1)};
 }
 
 std::optional<double> finiteNumber(std::string_view text) {
@@ -94,26 +87,33 @@ std::optional<Sexagesimal> sexagesimal(std::string_view text) {
 
 }  // namespace
 
-std::vector<RegionStatement> regionStatements(std::string_view text) {
+Status forEachRegionStatement(std::string_view text,
+                              const std::function<Status(const RegionStatement&)>& take) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  std::vector<RegionStatement> statements;
   for (std::size_t number = 1; !text.empty(); ++number) {
     const std::size_t end = std::min(text.find_first_of("\r\n"), text.size());
-    splitLine(text.substr(0, end), number, statements);
+    std::string_view line = text.substr(0, end);
+    if (trimmed(line).starts_with('#')) line = {};
+    while (!line.empty()) {
+      const RegionStatement statement = takeStatement(line, number);
+      if (statement.body.empty()) continue;
+      if (Status status = take(statement); !status.ok()) return status;
+    }
     const bool dos = text.substr(end).starts_with("\r\n");
     text.remove_prefix(std::min(end + (dos ? 2 : 1), text.size()));
   }
-  return statements;
+  return {};
 }
 
-std::string regionName(const std::string& properties) {
+std::string regionName(std::string_view properties) {
   constexpr std::string_view kKey = "text=";
   const std::size_t key = properties.find(kKey);
   const std::size_t open = key + kKey.size();
-  if (key == std::string::npos || open >= properties.size() || closing(properties[open]) == 0) return {};
+  if (key == std::string_view::npos || open >= properties.size() || closing(properties[open]) == 0) return {};
   const std::size_t end = properties.find(closing(properties[open]), open + 1);
-  return end == std::string::npos ? std::string() : properties.substr(open + 1, end - open - 1);
+  return end == std::string_view::npos ? std::string()
+                                       : std::string(properties.substr(open + 1, end - open - 1));
 }
 
 std::string regionNameText(const std::string& name) {

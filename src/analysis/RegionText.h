@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "core/Status.h"
 
 namespace lumo {
 
@@ -13,15 +15,17 @@ namespace lumo {
 
 /// One statement: a frame, a shape, or the defaults. Comment lines are not statements.
 struct RegionStatement {
-  std::size_t line = 0;    ///< from 1
-  std::string body;        ///< in front of the "#", trimmed
-  std::string properties;  ///< behind it
+  std::size_t line = 0;         ///< from 1
+  std::string_view body;        ///< in front of the "#", trimmed, not empty
+  std::string_view properties;  ///< behind it
 };
-/// Splits a file at line ends (of any system) and semicolons, but not at those inside the text of a property.
-[[nodiscard]] std::vector<RegionStatement> regionStatements(std::string_view text);
+/// Takes the statements of a file one by one: it is split at line ends (of any system) and semicolons, but
+/// not at those inside the text of a property. Ends with the first status of `take` that is not ok.
+[[nodiscard]] Status forEachRegionStatement(std::string_view text,
+                                            const std::function<Status(const RegionStatement&)>& take);
 
 /// The value of text={...}, text="..." or text='...'; empty without one.
-[[nodiscard]] std::string regionName(const std::string& properties);
+[[nodiscard]] std::string regionName(std::string_view properties);
 /// A property that gives an area this name, with a blank in front; empty for an empty name.
 [[nodiscard]] std::string regionNameText(const std::string& name);
 

@@ -40,7 +40,7 @@ std::string headerLines(const SpectrumGraph& graph) {
   std::string legends;
   for (std::size_t k = 1; k <= graph.curves.size(); ++k) {
     const std::string number = toStr(static_cast<std::int64_t>(k));
-    header += " flux_density_" + number + unit + " error_" + number + unit;
+    header.append(" flux_density_").append(number).append(unit).append(" error_").append(number).append(unit);
     legends += "# curve " + number + ": " + graph.curves[k - 1].legend() + "\n";
   }
   return header + "\n" + legends;

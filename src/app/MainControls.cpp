@@ -223,7 +223,8 @@ QBoxLayout* MainControls::makeActionRow() {
   run = button("run", "Run", "Images and cleans the selected data and writes the products", "Ctrl+R");
   graph = button("graph", "Graph...", "Marks areas on the restored map and draws their spectra", "Ctrl+G");
   table = button("table", "Table...", "Marks areas on the restored map and lists their spectra", "Ctrl+E");
-  mapAndAreas = button("mapAndAreas", "Map and areas...", "Measures areas on maps of your choice", "Ctrl+Shift+M");
+  mapAndAreas =
+      button("mapAndAreas", "Map and areas...", "Measures areas on maps of your choice", "Ctrl+Shift+M");
   invert = named(new QCheckBox("Invert"), "invert", "Dark sources on a light sky");
   invert->hide();
   QFont bold = run->font();

@@ -120,10 +120,14 @@ int InfoCommand::run() {
     LoadedMap map;
     if (visibilities.Open(path, AFile::kRead) != 0) {
       const UvxStatistics statistics = countGroups(visibilities);
-      if (json_)
+      if (const Status intact = visibilities.intact(); !intact.ok()) {
+        if (json_) all.push_back({{"file", path}, {"error", failureJson(intact)}});
+        result = reportFailure(intact);
+      } else if (json_) {
         all.push_back(visibilityJson(path, visibilities, statistics));
-      else
+      } else {
         std::fputs(uvxSummary(path, visibilities, statistics).c_str(), stdout);
+      }
     } else if (const Status asMap = readMap(path, map); asMap.ok()) {
       if (json_)
         all.push_back(mapJson(path, map));

@@ -42,7 +42,8 @@ class Survey {
       const std::string why = emptyAreaText(areas, k, *map.matrix, map.range);
       if (why.empty()) continue;
       empty_.emplace(k, count_);
-      fitting_.notes.push_back(path + ": " + why);
+      fitting_.notes.push_back(path);
+      fitting_.notes.back().append(": ").append(why);
     }
     ++count_;
     return {};

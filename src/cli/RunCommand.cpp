@@ -16,9 +16,12 @@
 #include "cli/OptionText.h"
 #include "cli/RunOutput.h"
 #include "cli/TerminalProgress.h"
+#include "cli/TestSwitches.h"
 #include "cli/TypeNames.h"
 #include "core/FileIdentity.h"
 #include "core/Paths.h"
+#include "core/PhaseTimer.h"
+#include "core/ProcessFacts.h"
 #include "core/TextForm.h"
 #include "core/ThreadCount.h"
 #include "run/RunDriver.h"
@@ -224,10 +227,13 @@ Status RunCommand::makeFolder() const {
 }
 
 int RunCommand::run() {
+  const double started = processSeconds();
+  const Stopwatch watch;
   const CancelFlag& interrupt = interruptFlag();
   RunReport report;
   report.status = prepare();
   report.survey = list_.frequencies();
+  PhaseTime process("process", 0, {{"start", started + watch.seconds()}});
   const bool usage = report.status.code() == StatusCode::kInvalidValue && report.status.file().empty();
   if (report.status.ok()) {
     TerminalProgress progress;
@@ -236,6 +242,7 @@ int RunCommand::run() {
     company.indicators = progress.indicators(interrupt);
     company.clean = &watcher;
     company.threads = threadCount(threads_);
+    company.exactEngine = exactCleanEngine();
     company.tellPreFlight = [this](const PreFlight& found) { printPreFlight(found, parameters_.order); };
     if (!from_.empty())
       company.acceptInputs = [this](const std::vector<InputFileFacts>& facts) {
@@ -248,11 +255,17 @@ int RunCommand::run() {
     if (!record.lines().empty())
       if (const Status written = record.write(log_); report.status.ok()) report.status = written;
   }
-  if (!areTermsTold(report)) complain(std::string("warning: ") + termsNotToldText());
+  process.seconds = started + watch.seconds();
+  process.parts.push_back(report.time);
+  process.addOther();
+  if (!areTermsTold(report))
+    complain(std::string("warning: ") + termsNotToldText());
+  else if (!isResidualLowered(report))
+    complain("warning: " + residualNotLoweredText(report));
   if (json_)
-    printJson(runJson(report, {parameters_, imaging_}));
+    printJson(runJson(report, {parameters_, imaging_}, process));
   else
-    printRun(report);
+    printRun(report, process);
   if (report.status.ok()) return kExitDone;
   complain(report.status.text());
   return usage ? kExitUsage : kExitFailed;

@@ -40,10 +40,45 @@ Json settingsJson(const RunSettings& settings) {
           {"vis_weights", m.useVisWeights != 0}};
 }
 
+Json bytesOrNull(std::uint64_t bytes) {
+  return bytes == MemoryRoom::kUnknown ? Json(nullptr) : Json(bytes);
+}
+
+Json memoryJson(const RunMemory& memory) {
+  return {{"peak_bytes", memory.peak},
+          {"before_bytes", memory.before},
+          {"imaging_bytes", memory.imaging},
+          {"grids_bytes", memory.grids},
+          {"clean_bytes", memory.clean},
+          {"certain_bytes", memory.least},
+          {"limit_bytes", bytesOrNull(memory.room.most)},
+          {"limit", memory.room.mostIs},
+          {"free_bytes", bytesOrNull(memory.room.free)}};
+}
+
+/// `whole` is what shares are taken of, seconds.
+Json phaseJson(const PhaseTime& phase, double whole) {
+  Json object{
+      {"name", phase.name}, {"seconds", phase.seconds}, {"share", finiteOrNull(phase.seconds / whole)}};
+  if (phase.parts.empty()) return object;
+  Json parts = Json::array();
+  for (const PhaseTime& part : phase.parts) parts.push_back(phaseJson(part, whole));
+  object["parts"] = parts;
+  return object;
+}
+
+void printPhase(const PhaseTime& phase, double whole, int depth) {
+  constexpr int kWidth = 16;
+  std::printf("  %*s%-*s %8.3f s %5.1f %%\n", 2 * depth, "", kWidth - 2 * depth, phase.name.c_str(),
+              phase.seconds, 100 * phase.seconds / whole);
+  for (const PhaseTime& part : phase.parts) printPhase(part, whole, depth + 1);
+}
+
 Json preFlightJson(const PreFlight& found, std::int32_t order) {
   Json files = Json::array();
   for (const PreFlightFile& file : found.files)
     files.push_back({{"file", file.name},
+                     {"source", printable(file.source.name)},
                      {"min_hz", finiteOrNull(file.minHz)},
                      {"max_hz", finiteOrNull(file.maxHz)},
                      {"records", file.records},
@@ -60,6 +95,7 @@ Json preFlightJson(const PreFlight& found, std::int32_t order) {
           {"cell_keeping_all_arcsec", {finiteOrNull(found.cellXAll), finiteOrNull(found.cellYAll)}},
           {"distinct_frequencies", found.distinctFrequencies},
           {"terms_condition", finiteOrNull(found.condition)},
+          {"memory", memoryJson(found.memory)},
           {"warnings", preFlightWarnings(found, order)}};
 }
 
@@ -70,7 +106,7 @@ void printPreFlight(const PreFlight& preFlight, std::int32_t order) {
   for (const std::string& warning : preFlightWarnings(preFlight, order)) complain("warning: " + warning);
 }
 
-void printRun(const RunReport& report) {
+void printRun(const RunReport& report, const PhaseTime& process) {
   std::size_t written = 0;
   for (const RunProduct& product : report.products) {
     written += product.written ? 1 : 0;
@@ -89,16 +125,14 @@ void printRun(const RunReport& report) {
   if (report.iterations == 0 && report.products.empty()) return;
   std::printf("%s after %d iterations, total flux %s\n", report.stopped ? "CLEAN stopped" : "CLEAN done",
               report.iterations, nValToStr(report.totalFlux, 6).c_str());
-  for (const auto& [name, seconds] : report.phases) std::printf("  %-10s %8.3f s\n", name.c_str(), seconds);
+  printPhase(process, process.seconds, 0);
 }
 
-Json runJson(const RunReport& report, const RunSettings& settings) {
+Json runJson(const RunReport& report, const RunSettings& settings, const PhaseTime& process) {
   Json products = Json::array();
   for (const RunProduct& product : report.products)
     products.push_back(
         {{"name", product.name}, {"path", product.path}, {"written", product.written}, {"why", product.why}});
-  Json phases = Json::object();
-  for (const auto& [name, seconds] : report.phases) phases[name] = seconds;
   const bool surveyed = report.survey.number > 0;
   Json object{{"products", products},
               {"settings", settingsJson(settings)},
@@ -112,7 +146,7 @@ Json runJson(const RunReport& report, const RunSettings& settings) {
               {"iterations", report.iterations},
               {"stopped", report.stopped},
               {"total_flux", finiteOrNull(report.totalFlux)},
-              {"phases", phases}};
+              {"phases", phaseJson(process, process.seconds)}};
   if (!report.status.ok()) object["error"] = failureJson(report.status);
   return object;
 }

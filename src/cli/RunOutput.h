@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstdint>
+
 #include "cli/Console.h"
+#include "core/PhaseTimer.h"
 #include "imaging/ABMakeParameters.h"
 #include "run/RunParameters.h"
 #include "run/RunReport.h"
@@ -14,11 +17,12 @@ struct RunSettings {
   const ABMakeParameters& imaging;
 };
 
-/// The summary for a person, on standard output: what was kept and what was not, and why.
-void printRun(const RunReport& report);
-/// The object of `run --json` (docs/formats.md).
+/// The summary for a person, on standard output: what was kept and what was not, and why, and what `process`,
+/// the whole program, took in its parts.
+void printRun(const RunReport& report, const PhaseTime& process);
 /// The table of a run's inputs, and the warnings, on standard error.
 void printPreFlight(const PreFlight& preFlight, std::int32_t order);
-[[nodiscard]] Json runJson(const RunReport& report, const RunSettings& settings);
+/// The object of `run --json` (docs/formats.md).
+[[nodiscard]] Json runJson(const RunReport& report, const RunSettings& settings, const PhaseTime& process);
 
 }  // namespace lumo

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -14,6 +15,7 @@
 #include "cli/PlotCommand.h"
 #include "cli/RunCommand.h"
 #include "cli/SimulateCommand.h"
+#include "cli/TestSwitches.h"
 #include "core/Version.h"
 
 namespace {
@@ -49,6 +51,10 @@ int runProgram(int argc, char** argv) {
     // Help and version are "errors" of exit code 0.
     return program.exit(error) == 0 ? kExitDone : kExitUsage;
   }
+  if (const Status status = takeInstructionSet(); !status.ok()) {
+    complain(status.text());
+    return kExitUsage;
+  }
   const auto subcommands = program.get_subcommands([](const CLI::App*) { return true; });
   for (std::size_t i = 0; i < commands.size(); ++i)
     if (subcommands[i]->parsed()) return commands[i]->run();
@@ -58,6 +64,8 @@ int runProgram(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // Beyond a limit on file sizes a write then fails, and says so, like one to a full disk.
+  std::signal(SIGXFSZ, SIG_IGN);
   try {
     const int status = runProgram(argc, argv);
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;

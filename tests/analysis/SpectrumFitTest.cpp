@@ -29,6 +29,7 @@ double parabola(double freq) {
 
 SpectrumCurve parabolaAt(const std::vector<double>& freqs) {
   std::vector<double> fluxes;
+  fluxes.reserve(freqs.size());
   for (const double freq : freqs) fluxes.push_back(parabola(freq));
   return curveOf(freqs, fluxes);
 }

@@ -9,6 +9,7 @@
 
 #include "Program.h"
 #include "analysis/AnalysisSample.h"
+#include "io/MapProduct.h"
 #include "io/ProductNames.h"
 #include "io/UvxSample.h"
 
@@ -71,6 +72,20 @@ TEST_F(PlotCommandTest, OneMapIsDrawnWithAxesUnitAndAreas) {
   EXPECT_FALSE(holds(plain, "middle"));
   EXPECT_TRUE(holds(drawn({map, "--regions", writeRegions()}), "1 middle"));
   EXPECT_EQ(err_, "");
+}
+
+/// The products of a run, the spectral index too, record the value range of the first dirty map.
+TEST_F(PlotCommandTest, ColoursSpanTheMapsOwnValuesWhateverRangeItRecords) {
+  const auto steep = [](std::uint32_t row, std::uint32_t) { return -1.5F + 0.25F * static_cast<float>(row); };
+  test::writeSample(folder_.file("index.exm"), 4e9, steep);
+  LoadedMap index;
+  ASSERT_TRUE(readMap(folder_.file("index.exm"), index).ok());
+  index.range.vMin = 40;
+  index.range.vMax = 80;
+  ASSERT_TRUE(writeMap(folder_.file("index.exm"), index.header, index.range, *index.matrix).ok());
+  const std::string picture = drawn({folder_.file("index.exm")});
+  EXPECT_TRUE(holds(picture, ">-1.5<"));
+  EXPECT_FALSE(holds(picture, ">60<"));
 }
 
 TEST_F(PlotCommandTest, ExtensionSaysTheFormat) {

@@ -32,7 +32,11 @@ Status drawMap(const LoadedMap& map, const AreaList& areas, const std::string& p
   constexpr QSize kSize(900, 800);
   const AreaEditor editor(areas);
   AAxisWnd window;
-  auto axis = makeMapAxis(*map.matrix, map.header, map.range);
+  // The products of a run record the value range of its first dirty map, an index map too.
+  TMinMax range = map.range;
+  range.vMin = TMinMax::kUnsetMin;
+  range.vMax = TMinMax::kUnsetMax;
+  auto axis = makeMapAxis(*map.matrix, map.header, range);
   axis->addGraph(std::make_unique<AreaOverlay>(editor, axis->extent()));
   window.SetAxis(std::move(axis));
   window.resize(kSize);
