@@ -1,4 +1,5 @@
 include(${CMAKE_CURRENT_LIST_DIR}/Arrows.cmake)
+include(${CMAKE_CURRENT_LIST_DIR}/Hardening.cmake)
 
 # Flags every target of this project is built with. -ffp-contract=off: the order of operations of gridding,
 # transforms and CLEAN is part of their contract, and a fused multiply-add would change the bits.
@@ -6,6 +7,7 @@ add_library(lumo_flags INTERFACE)
 target_compile_features(lumo_flags INTERFACE cxx_std_20)
 target_compile_options(lumo_flags INTERFACE -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow
     -Wnon-virtual-dtor -Woverloaded-virtual $<$<BOOL:${LUMO_WERROR}>:-Werror>)
+lumo_harden(lumo_flags)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 sees overlapping copies in std::string concatenation that are not there ...
   target_compile_options(lumo_flags INTERFACE -Wno-restrict)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages of tools/packages.txt that are missing.
 #
-#   tools/install-packages.sh [GROUP...]      groups: build, test, lint; without any: build and test
+#   tools/install-packages.sh [GROUP...]      groups: build, test, fuzz, lint; without any: build and test
 set -euo pipefail
 cd "$(dirname "$0")"
 groups=("$@")

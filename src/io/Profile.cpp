@@ -44,7 +44,7 @@ Profile::Profile(std::string path) : path_(std::move(path)) {}
 
 Profile::~Profile() = default;
 
-int Profile::fail(Status status) {
+int Profile::fail(const Status& status) {
   status_ = status.about(path_);
   return 0;
 }

@@ -52,7 +52,7 @@ class Profile {
   bool ready();
   [[nodiscard]] Status load();
   int save();
-  int fail(Status status);
+  int fail(const Status& status);
 
   std::string path_;
   Status status_;

@@ -4,7 +4,7 @@
 # must name every folder; a .h must be included by some file.
 cmake_minimum_required(VERSION 3.25)
 set(failures "")
-set(tops src tests bench demo)
+set(tops src tests bench fuzz demo)
 set(patterns "")
 foreach(top IN LISTS tops)
   list(APPEND patterns ${ROOT}/${top}/*.cpp ${ROOT}/${top}/*.h)

@@ -9,7 +9,7 @@ set(licence "// SPDX-License-Identifier: GPL-3.0-or-later\n")
 set(reminders "(^|[^A-Za-z0-9])(TO[D]O|FI[X]ME|XX[X])([^A-Za-z0-9]|$)")
 set(failures "")
 
-file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/src/* ${ROOT}/tests/* ${ROOT}/bench/* ${ROOT}/demo/*
+file(GLOB_RECURSE files RELATIVE ${ROOT} ${ROOT}/src/* ${ROOT}/tests/* ${ROOT}/bench/* ${ROOT}/fuzz/*.h ${ROOT}/fuzz/*.cpp ${ROOT}/demo/*
      ${ROOT}/docs/* ${ROOT}/cmake/* ${ROOT}/tools/* ${ROOT}/.ci/*)
 file(GLOB rootFiles RELATIVE ${ROOT} LIST_DIRECTORIES false ${ROOT}/* ${ROOT}/.clang-* ${ROOT}/.gitignore)
 set(count 0)

@@ -1,0 +1,36 @@
+# cmake -DREADELF=<program> -DNM=<program> -DPROGRAMS=<file,...> -P Hardened.cmake: fails on a program or module that was
+# linked without what cmake/Hardening.cmake asks for.
+cmake_minimum_required(VERSION 3.25)
+set(failures "")
+string(REPLACE "," ";" PROGRAMS "${PROGRAMS}")
+if(NOT PROGRAMS)
+  message(FATAL_ERROR "no program given: nothing was checked")
+endif()
+
+macro(want pattern text what)
+  if(NOT "${text}" MATCHES "${pattern}")
+    string(APPEND failures "  ${program}: ${what}\n")
+  endif()
+endmacro()
+
+foreach(program IN LISTS PROGRAMS)
+  if(NOT EXISTS ${program})
+    message(STATUS "${program} is not built: skipped")
+    continue()
+  endif()
+  execute_process(COMMAND ${READELF} -hldW ${program} OUTPUT_VARIABLE elf COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${NM} -D --undefined-only ${program} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+  want("Type:[ ]+DYN" "${elf}" "stands at a fixed address (it is not position-independent)")
+  if(elf MATCHES "INTERP")  # a module is not started by itself
+    want("Flags:[^\n]* PIE" "${elf}" "is not a position-independent program")
+  endif()
+  want("GNU_RELRO" "${elf}" "its tables of library functions can be written to (no relro)")
+  want("BIND_NOW|Flags:[^\n]* NOW" "${elf}" "its tables of library functions are filled late (no -z now)")
+  want("GNU_STACK [^\n]* RW  " "${elf}" "its stack can be executed")
+  want("__stack_chk_fail" "${symbols}" "its stack is not guarded")
+  want(" __[a-z]+_chk(@|\n)" "${symbols}" "no library call is fortified")
+endforeach()
+
+if(failures)
+  message(FATAL_ERROR "programs that are not hardened:\n${failures}")
+endif()
