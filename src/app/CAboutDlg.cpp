@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/CAboutDlg.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
 
-#include "app/AppIcon.h"
 #include "core/Version.h"
 
 namespace lumo {
@@ -15,7 +15,7 @@ CAboutDlg::CAboutDlg(QWidget* parent) : QDialog(parent) {
   setWindowTitle("About Lumo");
   auto* const icon = new QLabel;
   icon->setObjectName("aboutIcon");
-  icon->setPixmap(appIcon().pixmap(QSize(64, 64), devicePixelRatioF()));
+  icon->setPixmap(QApplication::windowIcon().pixmap(QSize(64, 64), devicePixelRatioF()));
   icon->setAccessibleName("Icon of Lumo");
   auto* const text = new QLabel(
       QString("<b>%1</b><br>Sky images from radio-interferometer visibilities of several frequencies."

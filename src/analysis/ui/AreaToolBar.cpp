@@ -3,6 +3,7 @@
 
 #include <QButtonGroup>
 #include <QHBoxLayout>
+#include <QIconEngine>
 #include <QPainter>
 #include <QToolButton>
 
@@ -12,18 +13,8 @@ namespace lumo {
 
 namespace {
 
-/// A small drawing of what the tool makes, in the window's own colours.
-QIcon iconOf(AreaTool tool, const QWidget& widget) {
-  const int side = widget.fontMetrics().height();
-  QPixmap pixmap(QSize(side, side) * widget.devicePixelRatioF());
-  pixmap.setDevicePixelRatio(widget.devicePixelRatioF());
-  pixmap.fill(Qt::transparent);
-  QPainter painter(&pixmap);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(widget.palette().color(QPalette::ButtonText), side / 12.0, Qt::SolidLine, Qt::RoundCap,
-                      Qt::RoundJoin));
-  painter.scale(side / 16.0, side / 16.0);
-  painter.setPen(QPen(painter.pen().color(), 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+/// A small drawing of what the tool makes, in a square of 16 x 16.
+void drawTool(QPainter& painter, AreaTool tool) {
   switch (tool) {
     case AreaTool::kSelect:
       painter.setBrush(painter.pen().color());
@@ -53,7 +44,41 @@ QIcon iconOf(AreaTool tool, const QWidget& widget) {
       painter.drawPolygon(QPolygonF({{2, 6}, {9, 2}, {14, 7}, {11, 14}, {4, 13}}));
       break;
   }
-  return QIcon(pixmap);
+}
+
+/// Draws the icon each time it is shown: of an icon made from a picture Qt keeps an entry for as long as the
+/// program runs, and the dialog with these tools is opened again and again.
+class ToolIcon final : public QIconEngine {
+ public:
+  ToolIcon(AreaTool tool, const QColor& colour) : tool_(tool), colour_(colour) {}
+
+  void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State /*state*/) override {
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    if (mode == QIcon::Disabled) painter->setOpacity(0.4);
+    painter->translate(rect.topLeft());
+    painter->scale(rect.width() / 16.0, rect.height() / 16.0);
+    painter->setPen(QPen(colour_, 1.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    drawTool(*painter, tool_);
+    painter->restore();
+  }
+  QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+    QPixmap pixmap(size);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    paint(&painter, pixmap.rect(), mode, state);
+    return pixmap;
+  }
+  [[nodiscard]] QIconEngine* clone() const override { return new ToolIcon(*this); }
+
+ private:
+  AreaTool tool_;
+  QColor colour_;
+};
+
+/// In the window's own colours.
+QIcon iconOf(AreaTool tool, const QWidget& widget) {
+  return QIcon(new ToolIcon(tool, widget.palette().color(QPalette::ButtonText)));
 }
 
 }  // namespace
