@@ -133,6 +133,7 @@ BENCHMARK(BM_CleanDialog_Slowdown)
     ->Args({64, 100000, 1, 0})
     ->Args({256, 8000, 0, 0})
     ->Args({256, 8000, 1, 0})
+    ->Args({512, 6000, 0, 2})
     ->Args({512, 6000, 1, 2})
     ->UseManualTime()
     ->Iterations(9)
@@ -165,14 +166,17 @@ void BM_CleanDialog_ShowResult(benchmark::State& state) {
   header.unit = "Jy/Beam";
   const TMinMax range{0.0, size - 1.0, 0.0, size - 1.0, -1.0, 1.0};
   const auto beam = makeRestoringBeam(header, range, size, size);
-  double longest = 0.0, components = 0.0;
+  double longest = 0.0, settling = 0.0, components = 0.0;
   for (auto _ : state) {
     Input input(size);
     const auto engine = makeEngine(input, 1'000'000'000, CleanEngineKind::kFast, threadCount(0));
     EndWatch ends;
     CleanWorker worker(*engine, &ends);
     const CleanScene scene(*engine, *beam, range, ThreadPriority::kNormal, header);
-    double seconds = 0.0;
+    double seconds = 0.0, settled = 0.0;
+    const auto sinceEnd = [&ends] {
+      return std::chrono::duration<double>(Clock::now() - ends.end()).count();
+    };
     std::function<void()> look;
     bool isAsked = false;
     PaintWatch paints;
@@ -181,12 +185,14 @@ void BM_CleanDialog_ShowResult(benchmark::State& state) {
       if (auto* const view = qobject_cast<LumoClnShowDlg*>(top)) {
         if (paints.hasPaintedIn(view->restoredWindow()) && paints.hasPaintedIn(view->residualWindow()) &&
             paints.hasPaintedIn(view->graphs())) {
-          seconds = std::chrono::duration<double>(Clock::now() - ends.end()).count();
+          seconds = sinceEnd();
           return view->reject();
         }
       } else if (top != nullptr && !isAsked && worker.iteration() >= iterations) {
         top->findChild<QAbstractButton*>("showResult")->click();
         isAsked = true;
+      } else if (settled == 0.0 && worker.paused()) {
+        settled = sinceEnd();
       }
       QTimer::singleShot(1, look);
     };
@@ -194,11 +200,13 @@ void BM_CleanDialog_ShowResult(benchmark::State& state) {
     dialog.watch(worker, scene);
     state.SetIterationTime(seconds);
     longest = std::max(longest, seconds);
+    settling = std::max(settling, settled);
     const AMatrix<float>& map = engine->components()[0];
     components = static_cast<double>(
         std::count_if(map.data(), map.data() + map.size(), [](float value) { return value != 0.0F; }));
   }
   state.counters["longest_ms"] = 1e3 * longest;
+  state.counters["settled_ms"] = 1e3 * settling;
   state.counters["components"] = components;
 }
 BENCHMARK(BM_CleanDialog_ShowResult)

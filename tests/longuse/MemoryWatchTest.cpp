@@ -16,6 +16,7 @@ std::vector<double> memory(double perStep, unsigned seed) {
   std::mt19937 random(seed);
   std::normal_distribution<double> noise(0.0, 4e4);
   std::vector<double> values;
+  values.reserve(200);
   for (int i = 0; i < 200; ++i) values.push_back(5e7 + perStep * i + std::fabs(noise(random)));
   return values;
 }

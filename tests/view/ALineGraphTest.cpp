@@ -19,26 +19,26 @@ constexpr double kNothing = std::numeric_limits<double>::quiet_NaN();
 class ALineGraphTest : public testing::Test {
  protected:
   ALineGraphTest() {
-    frame.setNameOX("Iteration");
-    frame.setNameOY("Residual [%sJy]");
+    frame_.setNameOX("Iteration");
+    frame_.setNameOY("Residual [%sJy]");
   }
   ALineGraph& add(std::vector<double> x, std::vector<double> y) {
-    auto& graph = frame.addGraph(std::make_unique<ALineGraph>(frame, 1, "Term 0"));
+    auto& graph = frame_.addGraph(std::make_unique<ALineGraph>(frame_, 1, "Term 0"));
     graph.setData(std::move(x), std::move(y));
-    view.setFull(frame.extent());
-    view.setPanelSize(200.0, 100.0);
+    view_.setFull(frame_.extent());
+    view_.setPanelSize(200.0, 100.0);
     return graph;
   }
   QImage drawn() {
     QImage image(200, 100, QImage::Format_RGB32);
     image.fill(Qt::white);
     QPainter painter(&image);
-    for (const auto& graph : frame.graphs()) graph->draw({painter, view});
+    for (const auto& graph : frame_.graphs()) graph->draw({painter, view_});
     return image;
   }
 
-  AMSD2DAxisMulti frame{AxisScale::kLinear, AxisScale::kLogarithmic};
-  PanelView view;
+  AMSD2DAxisMulti frame_{AxisScale::kLinear, AxisScale::kLogarithmic};
+  PanelView view_;
 };
 
 TEST_F(ALineGraphTest, TheExtentHoldsThePointsThatHaveAPlaceOnTheAxes) {
@@ -48,10 +48,10 @@ TEST_F(ALineGraphTest, TheExtentHoldsThePointsThatHaveAPlaceOnTheAxes) {
 
 TEST_F(ALineGraphTest, WithoutPointsTheFrameIsTheEmptyOne) {
   add({}, {});
-  EXPECT_EQ(frame.extent().xMin, 0.0);
-  EXPECT_EQ(frame.extent().xMax, 1.0);
+  EXPECT_EQ(frame_.extent().xMin, 0.0);
+  EXPECT_EQ(frame_.extent().xMax, 1.0);
   EXPECT_EQ(drawn().pixelColor(100, 50), QColor(Qt::white));
-  EXPECT_EQ(frame.graphs()[0]->readOutAt({100.0, 50.0}, view), "");
+  EXPECT_EQ(frame_.graphs()[0]->readOutAt({100.0, 50.0}, view_), "");
 }
 
 TEST_F(ALineGraphTest, TheLineRunsThroughThePointsOfALogarithmicAxis) {
@@ -83,12 +83,12 @@ TEST_F(ALineGraphTest, AValueWithoutAPlaceBreaksTheLine) {
 TEST_F(ALineGraphTest, ReadOutTellsTheNearestPointOfTheLineUnderTheCursor) {
   const ALineGraph& graph = add({0, 10, 20}, {1.0, 0.1, 0.01});
   // 1, 0.1 and 0.01 lie at 0, 50 and 100 pixels from the top.
-  const std::string text = graph.readOutAt({105.0, 47.0}, view);
+  const std::string text = graph.readOutAt({105.0, 47.0}, view_);
   EXPECT_THAT(text, HasSubstr("Term 0:"));
   EXPECT_THAT(text, HasSubstr("Iteration: 10"));
   EXPECT_THAT(text, HasSubstr("Residual [mJy]: 100"));
-  EXPECT_EQ(graph.readOutAt({105.0, 5.0}, view), "") << "far from the line";
-  EXPECT_THAT(graph.readOutAt({200.0, 99.0}, view), HasSubstr("Iteration: 20"));
+  EXPECT_EQ(graph.readOutAt({105.0, 5.0}, view_), "") << "far from the line";
+  EXPECT_THAT(graph.readOutAt({200.0, 99.0}, view_), HasSubstr("Iteration: 20"));
 }
 
 TEST_F(ALineGraphTest, TheLegendIsOneLineInTheColourOfTheCurve) {
