@@ -60,10 +60,10 @@ void RunCommand::declare(CLI::App& program) {
       ->capture_default_str();
   command->add_option("--index-min", parameters_.indexMin, "index map: lowest value")->capture_default_str();
   command->add_option("--index-max", parameters_.indexMax, "index map: highest value")->capture_default_str();
-  command->add_flag(
-      "--fast-clean", parameters_.fastClean,
-      "round once where CLEAN may: up to twice as fast; gives up the last bits, and of two peaks "
-      "equal within rounding either may come first");
+  command->add_flag("--fast-clean", parameters_.fastClean,
+                    "sum CLEAN steps before they are rounded: about twice as fast; gives up the last bits, "
+                    "and of two peaks "
+                    "equal within rounding either may come first");
   command->add_flag("--index-error", parameters_.indexError,
                     "also map the standard deviation of the spectral index");
   command
@@ -258,10 +258,7 @@ int RunCommand::run() {
   process.seconds = started + watch.seconds();
   process.parts.push_back(report.time);
   process.addOther();
-  if (!areTermsTold(report))
-    complain(std::string("warning: ") + termsNotToldText());
-  else if (!isResidualLowered(report))
-    complain("warning: " + residualNotLoweredText(report));
+  if (const std::string warning = runWarning(report); !warning.empty()) complain("warning: " + warning);
   if (json_)
     printJson(runJson(report, {parameters_, imaging_}, process));
   else

@@ -24,7 +24,8 @@ class JsonObject {
   JsonObject& operator=(JsonObject&&) noexcept;
   ~JsonObject();
 
-  /// Parses a text that is one JSON object. A syntax error is reported with its line.
+  /// Parses a text that is one JSON object. A syntax error is reported with its line; brackets inside each
+  /// other more than 8 times are refused.
   [[nodiscard]] static Status parse(std::string_view text, JsonObject& object);
 
   /// A finite number in [minimum, maximum]; 0 when it is absent and optional.

@@ -147,7 +147,6 @@ std::string axisKey(std::string_view stem, int axis) {
 }
 
 std::string headerBytes(const FitsCards& cards) {
-  constexpr std::size_t kBlockBytes = 2880;
   std::string bytes;
   const auto add = [&bytes](std::string_view card) {
     bytes += card.substr(0, kCardWidth);
@@ -155,7 +154,7 @@ std::string headerBytes(const FitsCards& cards) {
   };
   for (const std::string& record : cards.records()) add(record);
   add("END");
-  bytes.resize((bytes.size() + kBlockBytes - 1) / kBlockBytes * kBlockBytes, ' ');
+  bytes.resize((bytes.size() + kFitsBlockBytes - 1) / kFitsBlockBytes * kFitsBlockBytes, ' ');
   return bytes;
 }
 

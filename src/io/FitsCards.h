@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,6 +44,9 @@ class FitsCards {
   std::vector<std::string> records_;
   std::unordered_map<std::string, std::size_t> index_;
 };
+
+/// Headers and data of a FITS file fill whole blocks of so many bytes.
+inline constexpr std::size_t kFitsBlockBytes = 2880;
 
 /// What stands behind the first "=" of a card, comment included, without blanks at either end; nothing on
 /// cards that hold no value, like COMMENT.

@@ -15,7 +15,6 @@ namespace lumo {
 
 namespace {
 
-constexpr std::size_t kBlockBytes = 2880;
 constexpr std::size_t kCardBytes = 80;
 constexpr std::uint64_t kMaxHeaderBytes = std::uint64_t{64} << 20;
 constexpr int kMostAxes = 32;
@@ -50,14 +49,14 @@ Status takeCards(std::string_view block, FitsCards& cards, bool& ended) {
 }
 
 Status readCards(AFile& file, FitsCards& cards) {
-  std::array<char, kBlockBytes> block{};
+  std::array<char, kFitsBlockBytes> block{};
   bool ended = false;
-  for (std::uint64_t read = 0; !ended; read += kBlockBytes) {
-    const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(file.remaining(), kBlockBytes));
+  for (std::uint64_t read = 0; !ended; read += kFitsBlockBytes) {
+    const auto size = static_cast<std::size_t>(std::min<std::uint64_t>(file.remaining(), kFitsBlockBytes));
     if (file.Read(block.data(), size) == 0) return file.status();
     if (read == 0)
       if (Status start = checkStart({block.data(), size}); !start.ok()) return start;
-    if (size < kBlockBytes) return bad("is cut short: its header has no END");
+    if (size < kFitsBlockBytes) return bad("is cut short: its header has no END");
     if (read >= kMaxHeaderBytes) return refuse("has a header of more than 64 MiB");
     if (Status taken = takeCards({block.data(), size}, cards, ended); !taken.ok()) return taken;
   }

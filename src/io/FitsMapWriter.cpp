@@ -18,7 +18,6 @@ namespace lumo {
 namespace {
 
 constexpr double kArcsecPerDegree = 3600.0;
-constexpr std::size_t kFitsBlockBytes = 2880;
 
 // The mandatory cards, in the words of cfitsio.
 void addImage(FitsCards& cards, std::uint32_t rows, std::uint32_t columns) {

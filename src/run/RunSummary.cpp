@@ -13,12 +13,6 @@ bool areTermsTold(const RunReport& report) {
   return std::isfinite(report.totalFlux) && report.inversionError < kLargestSoundError;
 }
 
-const char* termsNotToldText() {
-  return "the beams cannot tell the spectral terms apart, so the maps mean nothing: the order is more than "
-         "the "
-         "frequencies can carry, or the loop gain made CLEAN diverge";
-}
-
 bool isResidualLowered(const RunReport& report) {
   // The first steps may all be about other terms than the residual map's, or about one of several equal
   // peaks.
@@ -27,7 +21,11 @@ bool isResidualLowered(const RunReport& report) {
          report.residualAfter < report.residualBefore;
 }
 
-std::string residualNotLoweredText(const RunReport& report) {
+std::string runWarning(const RunReport& report) {
+  if (!areTermsTold(report))
+    return "the beams cannot tell the spectral terms apart, so the maps mean nothing: the order is more "
+           "than the frequencies can carry, or the loop gain made CLEAN diverge";
+  if (isResidualLowered(report)) return {};
   return "the CLEAN did not lower the residual, whose largest value was " +
          generalText(report.residualBefore) + " and is " + generalText(report.residualAfter) +
          ": the loop gain is too high (at 2 no step is worth more than another), or the order more than the "
@@ -45,10 +43,8 @@ std::vector<std::string> runSummaryLines(const RunReport& report) {
     lines.push_back("CLEAN: " + toStr(report.iterations) +
                     (report.stopped ? " iterations, stopped" : " iterations") + ", total flux " +
                     generalText(report.totalFlux));
-  if (!areTermsTold(report))
-    lines.push_back(std::string("Warning: ") + termsNotToldText());
-  else if (!isResidualLowered(report))
-    lines.push_back("Warning: " + residualNotLoweredText(report));
+  if (const std::string warning = runWarning(report); !warning.empty())
+    lines.push_back("Warning: " + warning);
   lines.push_back("Run ended after " + generalText(std::round(report.time.seconds * 10) / 10) + " s, " +
                   toStr(written) + " products written");
   return lines;

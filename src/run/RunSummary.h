@@ -12,14 +12,14 @@ namespace lumo {
 /// CLEAN's beam matrix was inverted to better than 1e-3. Otherwise the order is more than the frequencies can
 /// carry, or the loop gain made CLEAN diverge. True when no iteration was done.
 [[nodiscard]] bool areTermsTold(const RunReport& report);
-/// The sentence for a report of which areTermsTold() is false.
-[[nodiscard]] const char* termsNotToldText();
 /// Whether the CLEAN lowered the largest residual. True when too few iterations were done to tell.
 [[nodiscard]] bool isResidualLowered(const RunReport& report);
-[[nodiscard]] std::string residualNotLoweredText(const RunReport& report);
+/// The sentence that warns of a report of which one of these is false, the first where both are; empty
+/// otherwise.
+[[nodiscard]] std::string runWarning(const RunReport& report);
 
-/// What a log keeps of a run: products that were not written and why, iterations and total flux, a warning
-/// when the terms are not told apart, the time it took and the number of products. A failure of the run
+/// What a log keeps of a run: products that were not written and why, iterations and total flux, the
+/// runWarning(), the time it took and the number of products. A failure of the run
 /// itself is not among them; it is the report's status.
 [[nodiscard]] std::vector<std::string> runSummaryLines(const RunReport& report);
 

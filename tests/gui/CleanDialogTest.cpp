@@ -105,6 +105,17 @@ class CleanDialogTest : public testing::Test {
     return report;
   }
 
+  /// Presses "Show result" while the iteration is held, lets it go on and waits for the CLEAN view.
+  GuiScript& askForResult(GuiScript& script) {
+    return script.step(dialogIsOpen())
+        .step([this] { return gate_.isReached(); })
+        .then([this] {
+          showResult().click();
+          gate_.open();
+        })
+        .step([] { return modalWindow<LumoClnShowDlg>() != nullptr; });
+  }
+
   /// A step that waits for the dialog, and keeps its texts at its end.
   std::function<bool()> dialogIsOpen() {
     return [this] {
@@ -193,19 +204,12 @@ TEST_F(CleanDialogTest, WithoutIterationsTheDialogOpensAndClosesAtOnceAndTheText
 TEST_F(CleanDialogTest, ShowResultThenContinueGoesOnFromTheSameIterationWithTheButtonUnchecked) {
   std::int32_t paused = 0;
   GuiScript script(rescue_);
-  script.step(dialogIsOpen())
-      .step([this] { return gate_.isReached(); })
-      .then([this] {
-        showResult().click();
-        gate_.open();
-      })
-      .step([] { return modalWindow<LumoClnShowDlg>() != nullptr; })
-      .then([&paused] {
-        auto& view = *modalWindow<LumoClnShowDlg>();
-        paused = std::stoi(text(*view.parentWidget(), "iteration"));
-        EXPECT_FALSE(view.parentWidget()->findChild<QPushButton*>("showResult")->isChecked());
-        click(view, "Continue");
-      });
+  askForResult(script).then([&paused] {
+    auto& view = *modalWindow<LumoClnShowDlg>();
+    paused = std::stoi(text(*view.parentWidget(), "iteration"));
+    EXPECT_FALSE(view.parentWidget()->findChild<QPushButton*>("showResult")->isChecked());
+    click(view, "Continue");
+  });
   const CleanReport report = run(40);
   EXPECT_EQ(paused, 5);
   EXPECT_FALSE(report.stopped);
@@ -216,14 +220,7 @@ TEST_F(CleanDialogTest, ShowResultThenContinueGoesOnFromTheSameIterationWithTheB
 
 TEST_F(CleanDialogTest, ShowResultThenStopCompletesExactlyTheIterationInProgressAndWritesTheProducts) {
   GuiScript script(rescue_);
-  script.step(dialogIsOpen())
-      .step([this] { return gate_.isReached(); })
-      .then([this] {
-        showResult().click();
-        gate_.open();
-      })
-      .step([] { return modalWindow<LumoClnShowDlg>() != nullptr; })
-      .then([] { click(*modalWindow<LumoClnShowDlg>(), "Stop"); });
+  askForResult(script).then([] { click(*modalWindow<LumoClnShowDlg>(), "Stop"); });
   const CleanReport report = run(kEndless);
   EXPECT_TRUE(report.stopped);
   EXPECT_EQ(report.iterations, 5);
@@ -233,14 +230,7 @@ TEST_F(CleanDialogTest, ShowResultThenStopCompletesExactlyTheIterationInProgress
 
 TEST_F(CleanDialogTest, EscapeInTheViewStopsLikeItsStopButton) {
   GuiScript script(rescue_);
-  script.step(dialogIsOpen())
-      .step([this] { return gate_.isReached(); })
-      .then([this] {
-        showResult().click();
-        gate_.open();
-      })
-      .step([] { return modalWindow<LumoClnShowDlg>() != nullptr; })
-      .then([] { test::pressKey(*modalWindow<LumoClnShowDlg>(), Qt::Key_Escape); });
+  askForResult(script).then([] { test::pressKey(*modalWindow<LumoClnShowDlg>(), Qt::Key_Escape); });
   EXPECT_EQ(run(kEndless).iterations, 5);
 }
 
@@ -266,21 +256,14 @@ TEST_F(CleanDialogTest, EventsAreHandledWhileTheRunningIterationEnds) {
 
 TEST_F(CleanDialogTest, TheViewShowsHowTheIterationsWentOnUpToThePause) {
   GuiScript script(rescue_);
-  script.step(dialogIsOpen())
-      .step([this] { return gate_.isReached(); })
-      .then([this] {
-        showResult().click();
-        gate_.open();
-      })
-      .step([] { return modalWindow<LumoClnShowDlg>() != nullptr; })
-      .then([this] {
-        auto& view = *modalWindow<LumoClnShowDlg>();
-        const ALineGraph& flux = fluxCurve(view.graphs());
-        EXPECT_THAT(flux.x(), ElementsAre(1, 2, 3, 4, 5));
-        for (std::int32_t n = 1; n <= 5 && flux.y().size() == 5; ++n)
-          EXPECT_EQ(flux.y()[static_cast<std::size_t>(n) - 1], straightAfter(n).totalFlux);
-        click(view, "Stop");
-      });
+  askForResult(script).then([this] {
+    auto& view = *modalWindow<LumoClnShowDlg>();
+    const ALineGraph& flux = fluxCurve(view.graphs());
+    EXPECT_THAT(flux.x(), ElementsAre(1, 2, 3, 4, 5));
+    for (std::int32_t n = 1; n <= 5 && flux.y().size() == 5; ++n)
+      EXPECT_EQ(flux.y()[static_cast<std::size_t>(n) - 1], straightAfter(n).totalFlux);
+    click(view, "Stop");
+  });
   EXPECT_EQ(run(kEndless).iterations, 5);
 }
 
