@@ -18,6 +18,7 @@ dpkg-deb --contents "$package"
 
 folder=${1:-$(mktemp -d /var/tmp/lumo-package.XXXXXX)}
 root=$folder/root
+mkdir -p "$root"
 mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' | head -n 1)
 suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
 [ -e "$root/usr" ] || debootstrap --variant=minbase "$suite" "$root" "$mirror" >"$folder/debootstrap.log"
