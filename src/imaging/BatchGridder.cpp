@@ -34,11 +34,12 @@ std::size_t stretchesPerMember(std::size_t ifs) {
 
 /// What the steps of a block need to know.
 struct BatchGridder::Job {
+  const AUVXFile& file;
   StretchReader reader;
   const IfBatch& batch;
   std::vector<WorkGrid>& grids;
-  std::size_t ifs;
   int parts;
+  std::size_t selections, ifs;
 };
 
 BatchGridder::BatchGridder(const PointMaker& maker, const PointAdder& adder, const RunIndicators& indicators,
@@ -91,8 +92,14 @@ void BatchGridder::makeRoom(std::size_t ifs, int parts) {
 
 std::size_t BatchGridder::run(AUVXFile& file, const IfBatch& batch, std::uint64_t workGridBytes,
                               std::vector<WorkGrid>& grids) {
-  Job job{StretchReader(file, batch, indicators_.cancel), batch, grids, batch.count(), grids.front().parts()};
-  makeRoom(job.ifs, job.parts);
+  Job job{file,
+          StretchReader(file, batch, indicators_.cancel),
+          batch,
+          grids,
+          grids.front().parts(),
+          batch.selections.size(),
+          batch.ifs};
+  makeRoom(batch.ifs, job.parts);
   const std::uint64_t groups = file.groupCount();
   const std::uint64_t block = stretches_.size() * Stretch::kCapacity;
   const std::uint64_t step = std::max<std::uint64_t>(groups / kProgressSteps, 1);
@@ -103,17 +110,27 @@ std::size_t BatchGridder::run(AUVXFile& file, const IfBatch& batch, std::uint64_
     const std::uint64_t end = std::min(begin + block, groups);
     for (; shown < end; shown = std::min(shown + step, end)) progress.SetPos(static_cast<double>(shown + 1));
     progress.SetPos(static_cast<double>(end));
-    if (batch.index != nullptr && !batch.index->holds(begin, end, static_cast<std::int8_t>(batch.freqSelId)))
-      continue;
-    if (!gridBlock(job, begin, end) || !file.intact().ok()) return 0;
-    while (grids.size() > 1 && pool_.bytes() > workGridBytes) grids.pop_back();
-    job.ifs = std::min(job.ifs, grids.size());
-    if ((end - released) * file.groupBytes() >= kResidentBytes) file.releaseBefore(released = end);
+    if (batch.index != nullptr && !batch.index->holds(begin, end, batch.selections)) continue;
+    const bool release = (end - released) * file.groupBytes() >= kResidentBytes;
+    if (release) released = end;
+    if (!gridBlock(job, begin, end, release) || !file.intact().ok()) return 0;
+    leaveOut(job, workGridBytes);
   }
-  return job.ifs;
+  return job.selections * job.ifs;
 }
 
-bool BatchGridder::gridBlock(const Job& job, std::uint64_t begin, std::uint64_t end) {
+void BatchGridder::leaveOut(Job& job, std::uint64_t workGridBytes) const {
+  while (job.selections * job.ifs > 1 && pool_.bytes() > workGridBytes) {
+    if (job.selections > 1)
+      job.reader.keepSelections(--job.selections);
+    else
+      --job.ifs;
+    job.grids.erase(job.grids.begin() + static_cast<std::ptrdiff_t>(job.selections * job.ifs),
+                    job.grids.end());
+  }
+}
+
+bool BatchGridder::gridBlock(const Job& job, std::uint64_t begin, std::uint64_t end, bool release) {
   std::atomic<bool> going{true};
   std::optional<PhaseTimer> timer(seconds_.read);
   shareOut(team_, stretches_.size(), [&](std::size_t s, std::size_t /*member*/) {
@@ -122,14 +139,18 @@ bool BatchGridder::gridBlock(const Job& job, std::uint64_t begin, std::uint64_t 
     if (!job.reader.read(first, last, job.ifs, stretches_[s])) going = false;
     for (std::size_t i = 0; job.parts > 1 && i < job.ifs; ++i) {
       PointList& points = points_[s * job.ifs + i];
-      maker_.make(stretches_[s], i, job.batch.frequencies[i], points);
+      maker_.make(stretches_[s], i, job.batch, points);
       adder_.prepare(points);
     }
   });
   if (!going) return false;
   timer.emplace(seconds_.add);
   const auto parts = static_cast<std::size_t>(job.parts);
-  shareOut(team_, job.ifs * parts, [&](std::size_t n, std::size_t member) {
+  // Giving pages back takes as long as adding a block: one member does it while the others add.
+  const std::size_t before = release ? 1 : 0;
+  shareOut(team_, before + job.ifs * parts, [&](std::size_t task, std::size_t member) {
+    if (task < before) return job.file.releaseBefore(end);
+    const std::size_t n = task - before;
     addPoints(job, n / parts, static_cast<int>(n % parts), member);
   });
   return !indicators_.cancelled();
@@ -141,10 +162,10 @@ void BatchGridder::addPoints(const Job& job, std::size_t i, int part, std::size_
     if (indicators_.cancelled()) return;
     PointList& points = points_[job.parts > 1 ? s * job.ifs + i : member];
     if (job.parts == 1) {
-      maker_.make(stretches_[s], i, job.batch.frequencies[i], points);
+      maker_.make(stretches_[s], i, job.batch, points);
       adder_.prepare(points);
     }
-    adder_.add(points, job.grids[i], part, scratch_[member]);
+    adder_.add(points, {&job.grids[i], job.batch.ifs}, part, scratch_[member]);
   }
 }
 

@@ -25,6 +25,7 @@ struct Place {
   Vector row, column;
   Mask nowhere;  ///< surely outside of every cell of the grid, and the conjugate point too
   Mask inside;   ///< surely inside this cell and no other, and the conjugate point in none
+  Mask twins;    ///< surely inside this cell of column 0, and the conjugate point in the one opposite
 };
 
 /// Where the point (u, v) of the half plane u >= 0 falls.
@@ -51,7 +52,10 @@ HWY_INLINE Place find(const GridGeometry& g, Vector u, Vector v) {
   const Mask far = hn::Or(hn::Gt(place.column, set(g.columns)), hn::Not(between(place.row, -1, g.rows)));
   const Mask beside = hn::Or(hn::And(clearX, outOfColumns), hn::AndNot(inRows, clearY));
   place.nowhere = hn::And(alone, hn::Or(far, beside));
-  place.inside = hn::And(hn::And(clearX, clearY), hn::AndNot(outOfColumns, hn::And(alone, inRows)));
+  const Mask clear = hn::And(clearX, clearY);
+  place.inside = hn::And(clear, hn::AndNot(outOfColumns, hn::And(alone, inRows)));
+  const Mask opposite = hn::AndNot(hn::Eq(place.row, set(g.ny)), between(place.row, 1, g.rows - 1));
+  place.twins = hn::And(clear, hn::And(hn::Eq(place.column, hn::Zero(d)), opposite));
   return place;
 }
 
@@ -83,7 +87,8 @@ void searchAll(const GridGeometry& g, PointList& points) {
     const Mask conjugate = hn::Lt(u, hn::Zero(d));
     const Place place = find(g, hn::Abs(u), hn::IfThenElse(conjugate, hn::Neg(v), v));
     const Vector cell = cellNumber(layout, place.row, place.column);
-    const Vector other = hn::IfThenElse(place.nowhere, none, unclear);
+    const Vector alone = hn::IfThenElse(place.nowhere, none, unclear);
+    const Vector other = hn::IfThenElse(place.twins, hn::Sub(hn::Set(d, PointList::kTwins), cell), alone);
     hn::Store(hn::DemoteTo(di, hn::IfThenElse(place.inside, cell, other)), di, points.cell + i);
     const Vector weight = hn::Load(d, points.weight + i);
     const Vector im = hn::Load(d, points.im + i);

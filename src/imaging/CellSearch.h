@@ -10,9 +10,10 @@ namespace lumo {
 /// and what it adds there, with the operations and roundings of Gridder's loops: center = trunc((u + Umax) /
 /// du + 0.5), then the test −du/2 <= c·du − u < du/2 on the same doubles.
 ///
-/// Almost every point lies clearly inside one cell, and there its neighbours need no test. The others are
-/// marked PointList::kUnclear and left to the plain loops: points within 2^-30 cells of a cell's edge, and
-/// those at u about 0, which reach cells twice. The bits do not depend on the processor's instruction set.
+/// Almost every point lies clearly inside one cell, and there its neighbours need no test. In column 0 the
+/// conjugate point lies as clearly inside another one. The rest is marked PointList::kUnclear and left to the
+/// plain loops: points within 2^-30 cells of a cell's edge, and in column 0 those whose conjugate point is
+/// off the grid or in the same cell. The bits do not depend on the processor's instruction set.
 void searchCells(const GridGeometry& geometry, PointList& points);
 
 }  // namespace lumo

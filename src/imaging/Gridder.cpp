@@ -126,48 +126,54 @@ int Gridder::gridFile(std::int32_t index, SpectralGridSet& grids) {
   if (!checked.ok()) return fail(checked);
 
   const AUVXFqTbl& table = inputs_.tables[index];
+  std::vector<int> rows;
+  for (int row = 0; row < table.GetFreqSels(); ++row)
+    if (inputs_.selections[index](row) != 0) rows.push_back(row);
   AProgress progress(indicators_.frequencyBar, static_cast<double>(table.GetIFs()) * table.GetFreqSels());
-  advanced_ = 0;
   index_.clear();
-  if (inputs_.selections[index].setCount() > 1) index_.read(file, indicators_.cancel);
-  for (int selection = 0; selection < table.GetFreqSels(); ++selection) {
-    if (inputs_.selections[index](selection) == 0) continue;
-    if (gridSelection(file, index, selection, progress, grids) == 0) return 0;
-  }
-  return 1;
-}
-
-int Gridder::gridSelection(AUVXFile& file, std::int32_t index, int selection, AProgress& progress,
-                           SpectralGridSet& grids) {
-  const AUVXFqTbl& table = inputs_.tables[index];
-  const auto ifs = static_cast<std::size_t>(table.GetIFs());
-  for (std::size_t first = 0; first < ifs;) {
-    IfBatch batch{inputs_.sources[index],
-                  table.GetFreqSelID(selection),
-                  inputs_.mixes[index],
-                  static_cast<int>(first),
-                  {},
-                  index_.empty() ? nullptr : &index_};
-    const std::size_t wanted = std::min(together_, ifs - first);
-    for (std::size_t i = 0; i < wanted; ++i)
-      batch.frequencies.push_back(table.GetFreq(0, static_cast<int>(first + i), selection));
-    prepareWorkGrids(wanted);
-    progress.SetPos(advanced_ + 1);
+  const std::size_t all = rows.size() * static_cast<std::size_t>(table.GetIFs());
+  for (std::size_t done = 0; done < all;) {
+    if (done != 0 && rows.size() > 1 && index_.empty()) index_.read(file, indicators_.cancel);
+    const IfBatch batch = nextBatch(index, rows, done);
+    prepareWorkGrids(batch);
+    progress.SetPos(static_cast<double>(done + 1));
     const std::size_t gridded = batches_->run(file, batch, settings_.workGridBytes, workGrids_);
     if (Status intact = file.intact(); !intact.ok()) return fail(std::move(intact));
     if (gridded == 0) return fail({StatusCode::kCancelled, "cancelled while gridding"});
     fold(batch, gridded, grids);
-    first += gridded;
-    progress.SetPos(advanced_ += static_cast<double>(gridded));
-    if (gridded < wanted) together_ = gridded;
+    progress.SetPos(static_cast<double>(done += gridded));
+    if (gridded < batch.count()) together_ = gridded;
   }
   return 1;
 }
 
-void Gridder::prepareWorkGrids(std::size_t count) {
-  const int parts = batches_->partsFor(count);
+/// What follows the first `done` IFs of the selections in these rows of the file's frequency table.
+IfBatch Gridder::nextBatch(std::int32_t index, const std::vector<int>& rows, std::size_t done) const {
+  const AUVXFqTbl& table = inputs_.tables[index];
+  const auto ifs = static_cast<std::size_t>(table.GetIFs());
+  const std::size_t first = done % ifs;
+  IfBatch batch;
+  batch.sourceId = inputs_.sources[index];
+  batch.mix = inputs_.mixes[index];
+  batch.first = static_cast<int>(first);
+  batch.ifs = std::min(together_, ifs - first);
+  batch.index = index_.empty() ? nullptr : &index_;
+  const std::size_t most = first == 0 ? std::max<std::size_t>(together_ / ifs, 1) : 1;
+  for (std::size_t n = done / ifs; n < rows.size() && batch.selections.size() < most; ++n) {
+    // Groups hold the low byte of an ID.
+    const auto id = static_cast<std::int8_t>(table.GetFreqSelID(rows[n]));
+    if (std::count(batch.selections.begin(), batch.selections.end(), id) != 0) break;
+    batch.selections.push_back(id);
+    for (std::size_t i = 0; i < batch.ifs; ++i)
+      batch.frequencies.push_back(table.GetFreq(0, static_cast<int>(first + i), rows[n]));
+  }
+  return batch;
+}
+
+void Gridder::prepareWorkGrids(const IfBatch& batch) {
+  const int parts = batches_->partsFor(batch.ifs);
   if (!workGrids_.empty() && workGrids_.front().parts() != parts) workGrids_.clear();
-  while (workGrids_.size() < count) workGrids_.emplace_back(geometry_, parts, pool_);
+  while (workGrids_.size() < batch.count()) workGrids_.emplace_back(geometry_, parts, pool_);
 }
 
 void Gridder::fold(const IfBatch& batch, std::size_t count, SpectralGridSet& grids) {

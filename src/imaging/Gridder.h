@@ -40,11 +40,11 @@ struct GriddingSettings {
 ///       add f^k times the work grid to spectral grid k
 ///     uniform weighting: flatten blocks
 ///
-/// The cost of a visibility does not depend on the order. IFs of one selection share a pass over the file as
-/// far as the work grids' memory allows (BatchGridder); each has a work grid of its own and they are folded
-/// in their order, so the sums are those of the one-IF-at-a-time loop to the bit, for any number of threads.
-/// A pass starts with as many IFs as the last ones had room for; those that turn out not to fit wait for the
-/// next pass.
+/// The cost of a visibility does not depend on the order. The IFs of a file's selections share a pass over it
+/// as far as the work grids' memory allows (BatchGridder): all IFs of some selections, or some IFs of one.
+/// Each has a work grid of its own and they are folded in their order, so the sums are those of the
+/// one-IF-at-a-time loop to the bit, for any number of threads. A pass starts with as many IFs as the last
+/// ones had room for; those that turn out not to fit wait for the next pass.
 class Gridder {
  public:
   /// The references must outlive the gridder.
@@ -63,9 +63,8 @@ class Gridder {
   [[nodiscard]] Status checkFile(const AUVXFile& file, std::int32_t index) const;
   [[nodiscard]] bool prepare(SpectralGridSet& grids);
   int gridFile(std::int32_t index, SpectralGridSet& grids);
-  int gridSelection(AUVXFile& file, std::int32_t index, int selection, AProgress& progress,
-                    SpectralGridSet& grids);
-  void prepareWorkGrids(std::size_t count);
+  [[nodiscard]] IfBatch nextBatch(std::int32_t index, const std::vector<int>& rows, std::size_t done) const;
+  void prepareWorkGrids(const IfBatch& batch);
   void fold(const IfBatch& batch, std::size_t count, SpectralGridSet& grids);
   int fail(Status status);
 
@@ -83,8 +82,7 @@ class Gridder {
   TilePool pool_;
   std::vector<WorkGrid> workGrids_;
   AMatrix<double> cumulative_;  ///< ΣK over all frequencies; only for uniform weighting
-  SelectionIndex index_;        ///< of the current file, where several of its selections are gridded
-  double advanced_ = 0;         ///< IFs of the current file, for the progress
+  SelectionIndex index_;        ///< of the current file, where its selections need several passes
   double prepareSeconds_ = 0, foldSeconds_ = 0, weightSeconds_ = 0;
   Status status_;
 };

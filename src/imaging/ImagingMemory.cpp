@@ -21,17 +21,17 @@ constexpr std::uint64_t kKept = std::uint64_t{64} << 20;
 std::uint64_t workGridBytes(const GridGeometry& geometry, int threads, const GridLoad& load) {
   constexpr std::uint64_t kTileBytes = std::uint64_t{WorkGrid::kTileCells} * sizeof(WorkGrid::Cell);
   const std::uint64_t pointers = WorkGrid::emptyBytes(geometry);
-  const std::uint64_t together =
-      std::min<std::uint64_t>(BatchGridder::mostTogether(geometry, threads, LumoMakeWork::kWorkGridBytes),
-                              std::max<std::size_t>(load.ifs, 1));
+  const std::size_t most = BatchGridder::mostTogether(geometry, threads, LumoMakeWork::kWorkGridBytes);
+  const std::size_t ifs = std::min(most, std::max<std::size_t>(load.ifs, 1));
+  const std::uint64_t together = std::min(most, ifs * std::max<std::size_t>(load.selections, 1));
   if (load.tiles == 0) return pointers;
   // Each part of each grid has a piece that it has not filled yet.
   const std::uint64_t unfilled =
-      static_cast<std::uint64_t>(BatchGridder::partsFor(together, threads)) * TilePool::kPieceBytes;
+      static_cast<std::uint64_t>(BatchGridder::partsFor(ifs, threads)) * TilePool::kPieceBytes;
   const std::uint64_t one = load.tiles * kTileBytes + unfilled;
   // What does not fit is found out after a block, each point of which may have taken a tile.
   const std::uint64_t limit = std::max(LumoMakeWork::kWorkGridBytes, one) +
-                              BatchGridder::blockGroups(together, threads) * together * kTileBytes;
+                              BatchGridder::blockGroups(ifs, threads) * ifs * kTileBytes;
   return together * pointers + std::min(together * one, limit);
 }
 

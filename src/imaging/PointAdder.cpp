@@ -66,8 +66,9 @@ class FootprintAdder : public PointAdder {
 
   [[nodiscard]] Reach reach() const override { return {supportU_, supportV_}; }
 
-  void add(const PointList& points, WorkGrid& grid, int part, Scratch& scratch) const override {
-    for (std::size_t i = 0; i < points.count; ++i) addBoth(points, i, grid, part, scratch);
+  void add(const PointList& points, const IfGrids& grids, int part, Scratch& scratch) const override {
+    for (std::size_t i = 0; i < points.count; ++i)
+      addBoth(points, i, grids[points.selection[i]], part, scratch);
   }
 
  protected:
@@ -133,17 +134,21 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
 
   void prepare(PointList& points) const override { searchCells(geometry(), points); }
 
-  void add(const PointList& points, WorkGrid& grid, int part, Scratch& scratch) const override {
+  void add(const PointList& points, const IfGrids& grids, int part, Scratch& scratch) const override {
+    const auto gridOf = [&](std::size_t i) -> WorkGrid& { return grids[points.selection[i]]; };
+    const int parts = grids.first->parts();
     // All cells are on their way from memory before the first is needed.
     WorkGrid::Cell* cells[PointList::kCapacity];
-    if (grid.parts() > 1) {
+    if (parts > 1) {
       std::size_t chosen[PointList::kCapacity];
-      const std::size_t count = choose(points, grid.parts(), part, chosen);
-      for (std::size_t n = 0; n < count; ++n) cells[n] = find(points.cell[chosen[n]], grid, part);
-      for (std::size_t n = 0; n < count; ++n) addOne(points, chosen[n], cells[n], grid, part, scratch);
+      const std::size_t count = choose(points, parts, part, chosen);
+      for (std::size_t n = 0; n < count; ++n)
+        cells[n] = find(points.cell[chosen[n]], gridOf(chosen[n]), part);
+      for (std::size_t n = 0; n < count; ++n)
+        addOne(points, chosen[n], cells[n], gridOf(chosen[n]), part, scratch);
     } else {
-      for (std::size_t i = 0; i < points.count; ++i) cells[i] = find(points.cell[i], grid, part);
-      for (std::size_t i = 0; i < points.count; ++i) addOne(points, i, cells[i], grid, part, scratch);
+      for (std::size_t i = 0; i < points.count; ++i) cells[i] = find(points.cell[i], gridOf(i), part);
+      for (std::size_t i = 0; i < points.count; ++i) addOne(points, i, cells[i], gridOf(i), part, scratch);
     }
   }
 
@@ -161,8 +166,20 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
               Scratch& scratch) const {
     if (cell != nullptr) [[likely]]
       cell->add(1.0, points.weight[i], points.weightedRe[i], points.weightedIm[i]);
+    else if (points.cell[i] <= PointList::kTwins)
+      addTwins(points, i, grid, part);
     else if (points.cell[i] == PointList::kUnclear)
       addBoth(points, i, grid, part, scratch);
+  }
+
+  static void addTwins(const PointList& points, std::size_t i, WorkGrid& grid, int part) {
+    const auto addTo = [&](std::uint32_t cell, double im) {
+      if (grid.parts() == 1 || WorkGrid::partOf(cell, grid.parts()) == part)
+        grid.cell(cell, part).add(1.0, points.weight[i], points.weightedRe[i], im);
+    };
+    const auto cell = static_cast<std::uint32_t>(PointList::kTwins - points.cell[i]);
+    addTo(cell, points.weightedIm[i]);
+    addTo(grid.layout().oppositeCell(cell), -points.weightedIm[i]);
   }
 
   /// The points that have something to add to the part's cells. Which they are looks random to the processor:
@@ -173,7 +190,7 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
       const std::int32_t cell = points.cell[i];
       const int owner = WorkGrid::partOf(static_cast<std::uint32_t>(cell), parts);
       chosen[count] = i;
-      count += static_cast<std::size_t>(cell >= 0 ? owner == part : cell == PointList::kUnclear);
+      count += static_cast<std::size_t>(cell >= 0 ? owner == part : cell != PointList::kNoCell);
     }
     return count;
   }
@@ -181,16 +198,16 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
 
 }  // namespace
 
-std::unique_ptr<PointAdder> makePointAdder(const ABMakeParameters& p, const GridGeometry& g) {
-  switch (p.kernelType) {
+std::unique_ptr<PointAdder> makePointAdder(const ABMakeParameters& parameters, const GridGeometry& geometry) {
+  switch (parameters.kernelType) {
     case kKernelPillBox:
-      return std::make_unique<PillBoxAdder>(g);
+      return std::make_unique<PillBoxAdder>(geometry);
     case kKernelGauss:
-      return radial<AGauss3DFunc>(p, g);
+      return radial<AGauss3DFunc>(parameters, geometry);
     case kKernelLorentz:
-      return radial<ALorentz3DFunc>(p, g);
+      return radial<ALorentz3DFunc>(parameters, geometry);
     case kKernelHat:
-      return radial<AHat3DFunc>(p, g);
+      return radial<AHat3DFunc>(parameters, geometry);
     default:
       return nullptr;
   }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -11,7 +12,14 @@
 
 namespace lumo {
 
-/// Convolves points with one kind of kernel onto a work grid: each point and then its conjugate point adds
+/// The work grids of an IF's frequency selections.
+struct IfGrids {
+  WorkGrid* first = nullptr;  ///< of the first selection
+  std::size_t step = 0;       ///< from one selection's grid to the next one's
+  [[nodiscard]] WorkGrid& operator[](std::size_t selection) const { return first[selection * step]; }
+};
+
+/// Convolves points with one kind of kernel onto work grids: each point and then its conjugate point adds
 /// K·w, K·w·V and K to the cells of its footprint. Shared by threads.
 class PointAdder {
  public:
@@ -27,8 +35,8 @@ class PointAdder {
   [[nodiscard]] virtual Reach reach() const = 0;
   /// What can be worked out about points before their turn to be added comes.
   virtual void prepare(PointList& /*points*/) const {}
-  /// Adds prepared points to the grid's cells that belong to `part`.
-  virtual void add(const PointList& points, WorkGrid& grid, int part, Scratch& scratch) const = 0;
+  /// Adds prepared points to the cells of their selections' grids that belong to `part`.
+  virtual void add(const PointList& points, const IfGrids& grids, int part, Scratch& scratch) const = 0;
 };
 
 /// For the kernel of a parameter block; null for a type outside 1..4.

@@ -20,6 +20,7 @@ namespace {
 void dropUnusable(PointList& points) {
   std::size_t kept = 0;
   for (std::size_t i = 0; i < points.count; ++i) {
+    points.selection[kept] = points.selection[i];
     points.u[kept] = points.u[i];
     points.v[kept] = points.v[i];
     points.re[kept] = points.re[i];
@@ -30,15 +31,33 @@ void dropUnusable(PointList& points) {
   points.count = kept;
 }
 
+/// Turns u and v into wavelengths; frequencyOf(record) in Hz.
+template <typename FrequencyOf>
+void scale(const Stretch& stretch, const FrequencyOf& frequencyOf, PointList& points) {
+  for (std::size_t i = 0; i < stretch.records; ++i) {
+    const double frequency = frequencyOf(i);
+    points.u[i] = stretch.u[i] * frequency;
+    points.v[i] = stretch.v[i] * frequency;
+  }
+}
+
 }  // namespace
 
-void PointMaker::make(const Stretch& stretch, std::size_t ifIndex, double frequency,
+void PointMaker::make(const Stretch& stretch, std::size_t ifIndex, const IfBatch& batch,
                       PointList& points) const {
   const Stretch::Means& means = stretch.ifs[ifIndex];
   const std::size_t count = stretch.records;
+  std::copy_n(stretch.selection, count, points.selection);
+  if (batch.selections.size() == 1) {
+    scale(
+        stretch, [frequency = batch.frequencies[ifIndex]](std::size_t /*record*/) { return frequency; },
+        points);
+  } else {
+    scale(
+        stretch, [&](std::size_t i) { return batch.frequencies[stretch.selection[i] * batch.ifs + ifIndex]; },
+        points);
+  }
   for (std::size_t i = 0; i < count; ++i) {
-    points.u[i] = stretch.u[i] * frequency;
-    points.v[i] = stretch.v[i] * frequency;
     points.weight[i] = means.weight[i];
     points.re[i] = means.re[i];
     points.im[i] = means.im[i];

@@ -17,8 +17,8 @@ class PointMaker {
   /// The references must outlive the maker.
   PointMaker(const ABMakeParameters& parameters, const AB3DFunc& taper);
 
-  /// Makes the points of IF `ifIndex` of a stretch, which has the frequency given in Hz.
-  void make(const Stretch& stretch, std::size_t ifIndex, double frequency, PointList& points) const;
+  /// Makes the points of IF `ifIndex` of the batch to which the stretch belongs.
+  void make(const Stretch& stretch, std::size_t ifIndex, const IfBatch& batch, PointList& points) const;
 
  private:
   void weigh(PointList& points) const;

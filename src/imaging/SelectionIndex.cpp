@@ -26,10 +26,12 @@ void SelectionIndex::read(const AUVXFile& file, const CancelFlag* cancel) {
   }
 }
 
-bool SelectionIndex::holds(std::uint64_t begin, std::uint64_t end, std::int8_t id) const {
+bool SelectionIndex::holds(std::uint64_t begin, std::uint64_t end,
+                           const std::vector<std::int8_t>& ids) const {
   const auto first = ids_.begin() + static_cast<std::ptrdiff_t>(begin);
   const auto last = ids_.begin() + static_cast<std::ptrdiff_t>(end);
-  return std::find(first, last, id) != last;
+  return std::any_of(ids.begin(), ids.end(),
+                     [&](std::int8_t id) { return std::find(first, last, id) != last; });
 }
 
 }  // namespace lumo

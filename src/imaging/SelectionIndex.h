@@ -9,9 +9,9 @@
 
 namespace lumo {
 
-/// The frequency-selection ID of every group of a file, a byte each. Gridding one selection after the other
-/// looks here and leaves the groups of the others alone, so that the time does not grow with selections times
-/// groups.
+/// The frequency-selection ID of every group of a file, a byte each. Where not all selections share a pass,
+/// gridding looks here and leaves the groups of the others alone, so that the time does not grow with passes
+/// times groups.
 class SelectionIndex {
  public:
   /// Longer files have no index: of them a selection's pass reads the head of every group.
@@ -23,8 +23,8 @@ class SelectionIndex {
   [[nodiscard]] bool empty() const { return ids_.empty(); }
 
   [[nodiscard]] std::int8_t operator[](std::uint64_t group) const { return ids_[group]; }
-  /// Whether one of the groups begin .. end − 1 has this ID.
-  [[nodiscard]] bool holds(std::uint64_t begin, std::uint64_t end, std::int8_t id) const;
+  /// Whether one of the groups begin .. end − 1 has one of these IDs.
+  [[nodiscard]] bool holds(std::uint64_t begin, std::uint64_t end, const std::vector<std::int8_t>& ids) const;
 
  private:
   std::vector<std::int8_t> ids_;

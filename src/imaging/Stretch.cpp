@@ -12,23 +12,32 @@ StretchReader::StretchReader(const AUVXFile& file, const IfBatch& batch, const C
       batch_(batch),
       cancel_(cancel),
       channels_(file.shape().channels),
-      channelBytes_(file.shape().products * sizeof(AUVXComplex)) {}
+      channelBytes_(file.shape().products * sizeof(AUVXComplex)) {
+  keepSelections(batch.selections.size());
+}
+
+void StretchReader::keepSelections(std::size_t count) {
+  selections_.fill(kNotMeant);
+  for (std::size_t i = 0; i < count; ++i)
+    selections_[static_cast<std::uint8_t>(batch_.selections[i])] = static_cast<std::int16_t>(i);
+}
 
 bool StretchReader::read(std::uint64_t begin, std::uint64_t end, std::size_t ifs, Stretch& stretch) const {
   const auto source = static_cast<std::int16_t>(batch_.sourceId);
-  const auto freqSel = static_cast<std::int8_t>(batch_.freqSelId);
   const std::size_t firstBytes = static_cast<std::size_t>(batch_.first) * channels_ * channelBytes_;
   stretch.records = 0;
   for (std::uint64_t group = begin; group < end; ++group) {
-    if (batch_.index != nullptr && (*batch_.index)[group] != freqSel) continue;
+    if (batch_.index != nullptr && selectionOf((*batch_.index)[group]) == kNotMeant) continue;
     const std::uint8_t* const bytes = file_.groupAt(group);
     const UvxRecord record = UvxRecord::load(bytes);
-    if (record.source != source || record.freqSel != freqSel) continue;
+    const std::int16_t selection = selectionOf(record.freqSel);
+    if (record.source != source || selection == kNotMeant) continue;
     if (!std::isfinite(record.u) || !std::isfinite(record.v)) continue;
     if (cancel_ != nullptr && cancel_->load(std::memory_order_relaxed) != 0) return false;
     if (record.isFlagged()) continue;
     stretch.u[stretch.records] = record.u;
     stretch.v[stretch.records] = record.v;
+    stretch.selection[stretch.records] = static_cast<std::uint8_t>(selection);
     const std::uint8_t* const values = bytes + UvxRecord::kBytes + firstBytes;
     if (batch_.mix.second() < 0)
       average<false>(values, ifs, stretch);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -12,13 +13,14 @@
 
 namespace lumo {
 
-/// IFs first .. first+count−1 of one frequency selection of one file.
+/// What shares a pass over a file: IFs first .. first+ifs−1 of each of some frequency selections.
 struct IfBatch {
   std::int32_t sourceId = 0;
-  int freqSelId = 0;
   AStokesMix mix;
   int first = 0;
-  std::vector<double> frequencies;        ///< of these IFs' first channels, Hz
+  std::size_t ifs = 0;
+  std::vector<std::int8_t> selections;    ///< IDs, each once
+  std::vector<double> frequencies;        ///< [selection][IF], of the IFs' first channels, Hz
   const SelectionIndex* index = nullptr;  ///< of the file's groups; null where every group is looked at
   [[nodiscard]] std::size_t count() const { return frequencies.size(); }
 };
@@ -42,29 +44,38 @@ struct Stretch {
   std::size_t records = 0;
   double u[kCapacity];  ///< seconds of light travel
   double v[kCapacity];
+  std::uint8_t selection[kCapacity];  ///< index in the batch's list
   std::vector<Means> ifs;
 };
 
-/// Reads stretches of one source and one frequency selection, leaving out flagged groups and those whose u or
-/// v is not finite, and averages the channels of a batch's IFs (sums in double). Reads every byte once and in
-/// order; several threads may read different stretches.
+/// Reads stretches of one source and a batch's frequency selections, leaving out flagged groups and those
+/// whose u or v is not finite, and averages the channels of the batch's IFs (sums in double). Reads every
+/// byte once and in order; several threads may read different stretches.
 class StretchReader {
  public:
   /// The references must outlive the reader; `file` must stay open.
   StretchReader(const AUVXFile& file, const IfBatch& batch, const CancelFlag* cancel);
 
   /// Reads the groups begin .. end − 1, at most Stretch::kCapacity, averaging the first `ifs` IFs of the
-  /// batch, for which `stretch` has room. Returns false as soon as it meets a group of the source and
-  /// selection with the cancel flag set.
+  /// batch, for which `stretch` has room. Returns false as soon as it meets a group of the source and the
+  /// selections with the cancel flag set.
   [[nodiscard]] bool read(std::uint64_t begin, std::uint64_t end, std::size_t ifs, Stretch& stretch) const;
+  /// Leaves out all selections but the first `count` of the batch from now on.
+  void keepSelections(std::size_t count);
 
  private:
+  static constexpr std::int16_t kNotMeant = -1;
+
+  [[nodiscard]] std::int16_t selectionOf(std::int8_t id) const {
+    return selections_[static_cast<std::uint8_t>(id)];
+  }
   template <bool kTwoProducts>
   void average(const std::uint8_t* values, std::size_t ifs, Stretch& stretch) const;
 
   const AUVXFile& file_;
   const IfBatch& batch_;
   const CancelFlag* cancel_;
+  std::array<std::int16_t, 256> selections_;  ///< index in the batch's list, by the byte of the ID
   std::size_t channels_;
   std::size_t channelBytes_;
 };

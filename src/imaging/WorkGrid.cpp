@@ -27,7 +27,7 @@ bool WorkGrid::Layout::fits() const {
 }
 
 std::uint64_t WorkGrid::emptyBytes(const GridGeometry& geometry) {
-  return tileCount(Layout(geometry)) * sizeof(Cell*);
+  return tileCount(Layout(geometry)) * sizeof(void*);
 }
 
 std::uint64_t WorkGrid::bytes(const GridGeometry& geometry) {
@@ -40,12 +40,12 @@ WorkGrid::WorkGrid(const GridGeometry& geometry, int parts, TilePool& pool)
 }
 
 WorkGrid::Cell* WorkGrid::Store::take() {
-  constexpr std::size_t tileBytes = kTileCells * sizeof(Cell);
+  constexpr std::size_t kTileBytes = kTileCells * sizeof(Cell);
   if (left_ == 0) {
     pieces_.push_back(pool_->take());
-    left_ = TilePool::kPieceBytes / tileBytes;
+    left_ = TilePool::kPieceBytes / kTileBytes;
   }
-  std::byte* const place = pieces_.back() + --left_ * tileBytes;
+  std::byte* const place = pieces_.back() + --left_ * kTileBytes;
   return new (place) Cell[kTileCells];
 }
 
@@ -94,6 +94,8 @@ void WorkGrid::foldTileRow(std::int32_t tileRow, const std::vector<double>& powe
       static_cast<std::size_t>(tileRow) * kTileRows * static_cast<std::size_t>(layout_.columns);
   for (std::int32_t t = 0; t < layout_.tilesPerRow; ++t) {
     if (tiles[t] == nullptr) continue;
+    if (t + 1 < layout_.tilesPerRow && tiles[t + 1] != nullptr)
+      for (std::uint32_t i = 0; i < kTileCells; i += 2) __builtin_prefetch(tiles[t + 1] + i);
     foldTile(tiles[t], firstElement + static_cast<std::size_t>(t) * kTileColumns, powers, target);
     tiles[t] = nullptr;
   }

@@ -53,6 +53,12 @@ class WorkGrid {
       const std::uint32_t tile = r / height * static_cast<std::uint32_t>(tilesPerRow) + c / width;
       return tile * kTileCells + r % height * width + c % width;
     }
+    /// For a cell of column 0 but not of row 0, the one at rows − row.
+    [[nodiscard]] std::uint32_t oppositeCell(std::uint32_t number) const {
+      const auto tileRow = static_cast<std::int32_t>(number / kTileCells) / tilesPerRow;
+      const auto rowInTile = static_cast<std::int32_t>(number % kTileCells / kTileColumns);
+      return cell(rows - (tileRow * kTileRows + rowInTile), 0);
+    }
     /// True when every cell has a number.
     [[nodiscard]] bool fits() const;
 

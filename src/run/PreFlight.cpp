@@ -47,13 +47,18 @@ class Inspection {
     facts.usable = file.tally.usable();
     facts.weightSum = file.tally.weight();
     const AUVXFqTbl& table = inputs_.tables[index];
+    GridLoad load{0, 0, 0, file.groupBytes, file.facts.bytes};
     for (std::size_t s = 0; s < file.tally.selections().size(); ++s) {
       const GroupTally::Selection& selection = file.tally.selections()[s];
       for (std::size_t i = 0; i < selection.bands.size(); ++i)
         if (selection.bands[i].points > 0)
           addBand(selection.bands[i], table.GetFreq(0, static_cast<int>(i), static_cast<int>(s)), facts);
-      addLoad({selection.bands.size(), selection.cover.count(), file.groupBytes, file.facts.bytes});
+      if (!selection.bands.empty()) ++load.selections;
+      load.ifs = std::max(load.ifs, selection.bands.size());
+      load.tiles = std::max(load.tiles, selection.cover.count());
     }
+    const auto tilesOf = [](const GridLoad& of) { return of.selections * of.ifs * of.tiles; };
+    if (tilesOf(load) >= tilesOf(load_)) load_ = load;
   }
 
   void finish() {
@@ -71,7 +76,7 @@ class Inspection {
     result_.condition = conditionNumber(std::move(matrix), n);
   }
 
-  /// Of the most demanding selection.
+  /// Of the most demanding file.
   [[nodiscard]] const GridLoad& load() const { return load_; }
 
  private:
@@ -106,10 +111,6 @@ class Inspection {
       moment += term;
       term *= f;
     }
-  }
-
-  void addLoad(const GridLoad& load) {
-    if (load.ifs * load.tiles >= load_.ifs * load_.tiles) load_ = load;
   }
 
   PreFlight& result_;

@@ -23,7 +23,7 @@ struct RunMemory {
   MemoryRoom room;
 };
 
-/// Works out the memory of a run whose most demanding selection is `load`; without tiles what is certain for
+/// Works out the memory of a run whose most demanding file is `load`; without tiles what is certain for
 /// any data. `imaging` must have been through Setup.
 [[nodiscard]] RunMemory runMemory(const RunParameters& parameters, const ABMakeParameters& imaging,
                                   int threads, const GridLoad& load, const MemoryRoom& room);

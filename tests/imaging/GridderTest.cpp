@@ -293,6 +293,61 @@ TEST_F(GridderTest, GridsLikeTheStraightLoopsOverManyBlocksOfRecords) {
   }
 }
 
+/// Selections of so many IFs each; their groups take turns.
+TestFile fourSelections(std::size_t ifs) {
+  const std::vector<double> highest = {1.3e9, 1.31e9, 1.32e9};
+  const auto offset = [&](double factor) {
+    std::vector<double> frequencies;
+    for (std::size_t i = 0; i < ifs; ++i) frequencies.push_back(factor * highest[i]);
+    return frequencies;
+  };
+  TestFile file(offset(1), 2);
+  file.addSelection(-128, offset(0.9));
+  file.addSelection(127, offset(0.7));
+  file.addSelection(-1, offset(0.8));
+  fill(file, 4000, 31);
+  return file;
+}
+
+void sortBySelection(TestFile& file) {
+  std::stable_sort(file.groups.begin(), file.groups.end(),
+                   [](const auto& a, const auto& b) { return a.record.freqSel < b.record.freqSel; });
+}
+
+TEST_F(GridderTest, GridsLikeTheStraightLoopsWhereSelectionsTakeTurnsAndWhereTheyFollowEachOther) {
+  for (const std::size_t ifs : {1, 3}) {
+    for (const bool sorted : {false, true}) {
+      TestFile file = fourSelections(ifs);
+      if (sorted) sortBySelection(file);
+      for (const std::int32_t kernel : {kKernelPillBox, kKernelGauss}) {
+        ABMakeParameters p = smallGrid();
+        p.kernelType = kernel;
+        p.weightingMode = kUniformWeighting;
+        const StraightGrids expected = test::gridStraight(p, {file}, 2, kNu0);
+        // From one IF a pass to all: a grid of 12 tiles takes a piece or more.
+        for (const std::uint64_t pieces : {0, 2, 3, 5, 9, 100}) {
+          for (const int threads : {1, 2, 3}) {
+            SCOPED_TRACE(std::to_string(ifs) + " IFs, sorted " + std::to_string(sorted) + ", kernel " +
+                         std::to_string(kernel) + ", " + std::to_string(pieces) + " pieces, " +
+                         std::to_string(threads) + " threads");
+            const SpectralGridSet grids = grid(p, {file}, 2, pieces * TilePool::kPieceBytes, threads);
+            expectSameBits(grids.beams, expected.beams, "beam");
+            expectSameBits(grids.dirty, expected.dirty, "dirty");
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST_F(GridderTest, GridsLikeTheStraightLoopsWhenRowsOfTheFrequencyTableShareAnId) {
+  TestFile file({kNu0});
+  file.addSelection(3, {0.9e9});
+  file.addSelection(3, {1.1e9});
+  fill(file, 300, 41);
+  expectStraight(smallGrid(), {file}, 2);
+}
+
 TEST_F(GridderTest, GridsLikeTheStraightLoopsAtAndNextToTheEdgesOfCells) {
   TestFile file({kNu0});
   for (int u = -18; u <= 18; ++u) {
@@ -311,6 +366,22 @@ TEST_F(GridderTest, GridsLikeTheStraightLoopsAtAndNextToTheEdgesOfCells) {
   ABMakeParameters p = smallGrid();
   p.uvScaleU *= 1 + 1e-7;
   p.uvScaleV *= 1 - 1e-7;
+  expectStraight(p, {file}, 1);
+}
+
+TEST_F(GridderTest, GridsLikeTheStraightLoopsInTheColumnOfUZeroWhereAPointAndItsConjugateHaveACellEach) {
+  TestFile file({kNu0});
+  for (int v = -10; v <= 10; ++v) {
+    for (const double u : {-0.49, -0.2, -0x1p-30, -0.0, 0.0, 0x1p-30, 0.3, 0.49, 0.51}) {
+      for (const double beside : {-0.45, -0x1p-20, 0.0, 0.1, 0.5}) {
+        file.add(u * kCellSeconds, (v + beside) * kCellSeconds, {{1 + 0.1 * v, u + 0.7, 1.5 + beside}});
+        file.add(u * kCellSeconds, -(v + beside) * kCellSeconds, {{0.3, 0.1 * v - u, 1.1}});
+      }
+    }
+  }
+  expectStraight(smallGrid(), {file}, 1);
+  ABMakeParameters p = smallGrid();
+  p.halfSizeY = 128;  // Several rows of tiles, cells of a sixteenth.
   expectStraight(p, {file}, 1);
 }
 
@@ -366,6 +437,35 @@ TEST_F(GridderMemoryTest, WhatDoesNotFitAfterABlockWaitsForTheNextPass) {
   EXPECT_GT(passes(file_, 4 * onePoints_), 1);
   EXPECT_LT(passes(file_, 4 * onePoints_), 5);
   expectStraight(parameters_, {file_}, 1);
+}
+
+TEST_F(GridderMemoryTest, SelectionsShareAPassAsFarAsAllTheirIfsMay) {
+  file_.addSelection(7, {0.8e9, 0.9e9, 1.0e9, 1.4e9});
+  file_.addSelection(-9, {0.7e9, 0.75e9, 1.5e9, 1.6e9});
+  fill(file_, 100, 5);
+  for (const bool sorted : {false, true}) {
+    if (sorted) sortBySelection(file_);
+    EXPECT_EQ(passes(file_, kLots), 1);
+    EXPECT_EQ(passes(file_, 12 * onePoints_), 1);
+    EXPECT_EQ(passes(file_, 11 * onePoints_), 2);
+    EXPECT_EQ(passes(file_, 8 * onePoints_), 2);
+    EXPECT_EQ(passes(file_, 7 * onePoints_), 3);
+    EXPECT_EQ(passes(file_, 2 * onePoints_), 6);
+    EXPECT_EQ(passes(file_, 0), 12);
+  }
+}
+
+TEST_F(GridderMemoryTest, SelectionsThatDoNotFitAfterABlockWaitForTheNextPass) {
+  file_.addSelection(7, {0.8e9, 0.9e9, 1.0e9, 1.4e9});
+  fill(file_, 6000, 5);
+  EXPECT_EQ(passes(file_, kLots), 1);
+  EXPECT_GT(passes(file_, 8 * onePoints_), 1);
+  EXPECT_LT(passes(file_, 8 * onePoints_), 9);
+  const StraightGrids expected = test::gridStraight(parameters_, {file_}, 1, kNu0);
+  for (const int threads : {1, 2, 3}) {
+    const SpectralGridSet grids = grid(parameters_, {file_}, 1, 8 * onePoints_, threads);
+    expectSameBits(grids.dirty, expected.dirty, "dirty");
+  }
 }
 
 TEST_F(GridderTest, AVisibilityAtUZeroIsGriddedTwiceInItsColumnEachTimeWithTheFullWeight) {

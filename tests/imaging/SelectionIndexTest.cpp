@@ -38,11 +38,14 @@ TEST_F(SelectionIndexTest, GivesTheSelectionOfEachGroup) {
 
 TEST_F(SelectionIndexTest, FindsASelectionInAStretchWithoutItsEnd) {
   index_.read(file_, nullptr);
-  EXPECT_TRUE(index_.holds(0, 2, -3));
-  EXPECT_FALSE(index_.holds(0, 1, -3));
-  EXPECT_FALSE(index_.holds(2, 4, -3));
-  EXPECT_TRUE(index_.holds(4, 5, -3));
-  EXPECT_FALSE(index_.holds(0, 6, 2));
+  EXPECT_TRUE(index_.holds(0, 2, {-3}));
+  EXPECT_FALSE(index_.holds(0, 1, {-3}));
+  EXPECT_FALSE(index_.holds(2, 4, {-3}));
+  EXPECT_TRUE(index_.holds(4, 5, {-3}));
+  EXPECT_FALSE(index_.holds(0, 6, {2}));
+  EXPECT_TRUE(index_.holds(0, 1, {-3, 1}));
+  EXPECT_FALSE(index_.holds(0, 6, {2, 3}));
+  EXPECT_FALSE(index_.holds(0, 6, {}));
 }
 
 TEST_F(SelectionIndexTest, IsEmptyWhenCancelled) {

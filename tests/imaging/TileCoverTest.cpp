@@ -34,6 +34,7 @@ std::vector<std::pair<double, double>> somePoints(int count) {
   std::uniform_real_distribution<double> u(-270e3, 270e3);
   std::uniform_real_distribution<double> v(-140e3, 140e3);
   std::vector<std::pair<double, double>> points;
+  points.reserve(static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) points.emplace_back(i % 7 == 0 ? u(engine) * 1e-3 : u(engine), v(engine));
   return points;
 }
@@ -52,7 +53,7 @@ std::uint64_t griddedTiles(const ABMakeParameters& p, const std::vector<std::pai
     list.v[0] = v;
     list.weight[0] = 1;
     adder->prepare(list);
-    adder->add(list, grid, 0, scratch);
+    adder->add(list, {&grid, 1}, 0, scratch);
   }
   SpectralGridSet set;
   set.resize(1, static_cast<std::uint32_t>(geometry.rows), static_cast<std::uint32_t>(geometry.columns));
