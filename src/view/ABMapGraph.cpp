@@ -6,6 +6,10 @@
 namespace lumo {
 
 void ABMapGraph::SetParameters(AMatrix<float> map, const TMinMax& range) {
+  SetParameters(std::make_shared<const AMatrix<float>>(std::move(map)), range);
+}
+
+void ABMapGraph::SetParameters(std::shared_ptr<const AMatrix<float>> map, const TMinMax& range) {
   view_.setMap(std::move(map), range);
   mapChanged();
 }

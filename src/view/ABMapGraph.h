@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -9,12 +10,14 @@
 
 namespace lumo {
 
-/// A graph of a map: holds its own copy of the matrix, so the caller's may change or go.
+/// A graph of a map.
 class ABMapGraph : public AGraph {
  public:
   /// `range`: x and y in arcseconds (see MapView::setMap); its value range becomes the colour limits. An
   /// unset value range stands for the smallest and largest finite pixel.
   void SetParameters(AMatrix<float> map, const TMinMax& range);
+  /// A map that others use too: it must not change as long as the graph has it.
+  void SetParameters(std::shared_ptr<const AMatrix<float>> map, const TMinMax& range);
   /// Unit of the pixels, e.g. "Jy/beam".
   void setUnit(std::string unit);
   void setBeam(const std::optional<BeamEllipse>& beam) { view_.setBeam(beam); }

@@ -3,8 +3,11 @@
 
 #include <QPainter>
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
+#include "core/ThreadCount.h"
+#include "core/ThreadTeam.h"
 #include "core/Units.h"
 
 namespace lumo {
@@ -16,6 +19,15 @@ QImage window(const QImage& image, const QRect& part) {
       image.constScanLine(part.top()) + static_cast<qsizetype>(part.left()) * image.depth() / 8;
   return {first, part.width(), part.height(), image.bytesPerLine(), image.format()};
 }
+
+/// Length of half as many pixels, rounded up.
+int halved(int length, int times) {
+  for (; times > 0; --times) length = (length + 1) / 2;
+  return length;
+}
+
+/// Lines that are coloured at a time: few enough to stay in the cache until they are reduced.
+constexpr int kLines = 64;
 
 }  // namespace
 
@@ -52,36 +64,68 @@ ValueLimits AColorsGraph::chosenLimits() const {
   return percentileLimits(map().map(), 100.0);
 }
 
-QImage AColorsGraph::image(int xDirection, int yDirection) const {
+/// Colours the map's lines from `firstLine` on, as many as `lines` has, into it.
+void AColorsGraph::colourLines(QImage& lines, int firstLine, int xDirection, int yDirection) const {
   const AMatrix<float>& values = map().map();
   const auto width = static_cast<int>(values.columns());
   const auto height = static_cast<int>(values.rows());
-  QImage coloured(width, height, QImage::Format_RGB32);
-  for (int line = 0; line < height && !coloured.isNull(); ++line) {
-    const int row = yDirection > 0 ? height - 1 - line : line;
-    auto* pixels = reinterpret_cast<QRgb*>(coloured.scanLine(line));
-    for (int i = 0; i < width; ++i) {
-      const int column = xDirection < 0 ? width - 1 - i : i;
-      const float value = values(static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(column));
-      pixels[i] = table_.colour(scaling_.position(value));
-    }
+  for (int line = 0; line < lines.height(); ++line) {
+    const int row = yDirection > 0 ? height - 1 - firstLine - line : firstLine + line;
+    const float* const from = values.data() + static_cast<std::size_t>(row) * values.columns();
+    auto* const pixels = reinterpret_cast<QRgb*>(lines.scanLine(line));
+    for (int i = 0; i < width; ++i)
+      pixels[i] = table_.colour(scaling_.position(from[xDirection < 0 ? width - 1 - i : i]));
   }
+}
+
+QImage AColorsGraph::image(int xDirection, int yDirection) const {
+  const AMatrix<float>& values = map().map();
+  QImage coloured(static_cast<int>(values.columns()), static_cast<int>(values.rows()), QImage::Format_RGB32);
+  if (!coloured.isNull()) colourLines(coloured, 0, xDirection, yDirection);
   return coloured;
 }
 
+/// The picture in the directions of the levels, its sides halved so many times. The whole picture is never in
+/// memory: that of a large map takes longer to get from the system than to colour.
+QImage AColorsGraph::reduced(int halvings) const {
+  const int width = static_cast<int>(map().map().columns());
+  const int height = static_cast<int>(map().map().rows());
+  QImage picture(halved(width, halvings), halved(height, halvings), QImage::Format_RGB32);
+  if (picture.isNull()) return picture;
+  // Lines that do not divide evenly would be reduced otherwise than those of the whole picture.
+  const int lines = height % kLines == 0 && halvings <= 6 ? kLines : height;
+  const int reducedLines = halved(lines, halvings);
+  uchar* const target = picture.bits();
+  const auto stride = static_cast<std::size_t>(picture.bytesPerLine());
+  std::atomic<bool> complete = true;
+  ThreadTeam team(threadCount(0));
+  team.run(static_cast<std::size_t>(height / lines), [&](std::size_t part) {
+    QImage some(width, lines, QImage::Format_RGB32);
+    if (!some.isNull()) colourLines(some, static_cast<int>(part) * lines, levelsX_, levelsY_);
+    for (int i = 1; i <= halvings && !some.isNull(); ++i)
+      some = some.scaled(halved(width, i), halved(lines, i), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    uchar* to = target + part * static_cast<std::size_t>(reducedLines) * stride;
+    for (int line = 0; line < some.height(); ++line, to += stride)
+      std::copy_n(some.constScanLine(line), 4 * static_cast<std::size_t>(some.width()), to);
+    if (some.isNull()) complete = false;
+  });
+  return complete ? picture : QImage();
+}
+
 const QImage& AColorsGraph::level(const PanelView& view, double mapPixelsPerScreenPixel) const {
-  if (levels_.empty() || levelsX_ != view.xDirection() || levelsY_ != view.yDirection()) {
+  if (levelsX_ != view.xDirection() || levelsY_ != view.yDirection()) {
     levelsX_ = view.xDirection();
     levelsY_ = view.yDirection();
-    levels_.assign(1, image(levelsX_, levelsY_));
+    levels_.clear();
   }
+  const int side = static_cast<int>(std::min(map().map().columns(), map().map().rows()));
   std::size_t wanted = 0;
-  for (double ratio = mapPixelsPerScreenPixel; ratio >= 2.0; ratio /= 2.0) ++wanted;
-  while (levels_.size() <= wanted && std::min(levels_.back().width(), levels_.back().height()) > 1) {
-    const QSize half((levels_.back().width() + 1) / 2, (levels_.back().height() + 1) / 2);
-    levels_.push_back(levels_.back().scaled(half, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
-  }
-  return levels_[std::min(wanted, levels_.size() - 1)];
+  for (double ratio = mapPixelsPerScreenPixel; ratio >= 2.0 && halved(side, static_cast<int>(wanted)) > 1;
+       ratio /= 2.0)
+    ++wanted;
+  if (levels_.size() <= wanted) levels_.resize(wanted + 1);
+  if (levels_[wanted].isNull()) levels_[wanted] = reduced(static_cast<int>(wanted));
+  return levels_[wanted];
 }
 
 void AColorsGraph::draw(const GraphPainter& target) const {

@@ -26,8 +26,8 @@ using LimitChoice = std::variant<GivenLimits, PercentLimits, ValueLimits>;
 
 /// A map drawn in colours, with its beam in the lower left corner.
 ///
-/// The picture is coloured once per change of map, colours or scaling, with smaller copies for the zoomed-out
-/// view; a frame only scales the visible part of one of them. Use from the user-interface thread.
+/// The picture is coloured once per change of map, colours or scaling, in the size that is looked at: smaller by
+/// powers of two for a zoomed-out view. A frame only scales the visible part. Use from the user-interface thread.
 class AColorsGraph : public ABMapGraph {
  public:
   AColorsGraph();
@@ -51,6 +51,8 @@ class AColorsGraph : public ABMapGraph {
 
  private:
   [[nodiscard]] ValueLimits chosenLimits() const;
+  void colourLines(QImage& lines, int firstLine, int xDirection, int yDirection) const;
+  [[nodiscard]] QImage reduced(int halvings) const;
   [[nodiscard]] const QImage& level(const PanelView& view, double mapPixelsPerScreenPixel) const;
   void drawBeam(const GraphPainter& target) const;
 
@@ -58,7 +60,7 @@ class AColorsGraph : public ABMapGraph {
   LimitChoice choice_;
   ColourTable table_;
   ColourScaling scaling_;
-  mutable std::vector<QImage> levels_;  // each half the size of the one before
+  mutable std::vector<QImage> levels_;  // each half the size of the one before; null until it is looked at
   mutable int levelsX_ = -1;            // the directions the levels were made for
   mutable int levelsY_ = 1;
 };

@@ -30,15 +30,15 @@ std::string signedText(double value, int decimals) {
 
 }  // namespace
 
-void MapView::setMap(AMatrix<float> map, const TMinMax& range) {
+void MapView::setMap(std::shared_ptr<const AMatrix<float>> map, const TMinMax& range) {
   map_ = std::move(map);
   range_ = range;
-  completeAxis(range_.xMin, range_.xMax, map_.columns());
-  completeAxis(range_.yMin, range_.yMax, map_.rows());
-  const bool manyX = map_.columns() > 1;
-  const bool manyY = map_.rows() > 1;
-  if (manyX) cellX_ = (range_.xMax - range_.xMin) / (map_.columns() - 1);
-  if (manyY) cellY_ = (range_.yMax - range_.yMin) / (map_.rows() - 1);
+  completeAxis(range_.xMin, range_.xMax, map_->columns());
+  completeAxis(range_.yMin, range_.yMax, map_->rows());
+  const bool manyX = map_->columns() > 1;
+  const bool manyY = map_->rows() > 1;
+  if (manyX) cellX_ = (range_.xMax - range_.xMin) / (map_->columns() - 1);
+  if (manyY) cellY_ = (range_.yMax - range_.yMin) / (map_->rows() - 1);
   // A single row or column has no spacing of its own; its pixels are taken as square.
   if (!manyX) cellX_ = manyY ? cellY_ : 1.0;
   if (!manyY) cellY_ = cellX_;
@@ -50,8 +50,8 @@ PlotRect MapView::edges() const {
 }
 
 std::optional<MapPixel> MapView::pixelAt(double x, double y) const {
-  const auto column = pixelOf((x - range_.xMin) / cellX_ + 0.5, map_.columns());
-  const auto row = pixelOf((y - range_.yMin) / cellY_ + 0.5, map_.rows());
+  const auto column = pixelOf((x - range_.xMin) / cellX_ + 0.5, map_->columns());
+  const auto row = pixelOf((y - range_.yMin) / cellY_ + 0.5, map_->rows());
   if (row < 0 || column < 0) return std::nullopt;
   return MapPixel{static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(column)};
 }
@@ -70,7 +70,7 @@ MapReadOut MapView::readOut(double x, double y) const {
   text.offset = "x " + signedText(x, decimals) + " as, y " + signedText(y, decimals) + " as";
   if (const auto pixel = pixelAt(x, y)) {
     text.pixel = "row " + std::to_string(pixel->row) + ", column " + std::to_string(pixel->column);
-    const float value = map_(pixel->row, pixel->column);
+    const float value = (*map_)(pixel->row, pixel->column);
     text.value = std::isnan(value) ? "no value" : nValToStr(value, 5);
     if (!std::isnan(value) && !unit_.empty()) text.value += ' ' + unit_;
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -40,13 +41,14 @@ class MapView {
  public:
   /// `range`: as in TMinMax, arcseconds of the centres of the outermost pixels. Where x or y is unset or not
   /// finite, pixel numbers stand in for that axis.
-  void setMap(AMatrix<float> map, const TMinMax& range);
+  /// `map` is not null.
+  void setMap(std::shared_ptr<const AMatrix<float>> map, const TMinMax& range);
   void setUnit(std::string unit) { unit_ = std::move(unit); }
   void setBeam(const std::optional<BeamEllipse>& beam) { beam_ = beam; }
   /// The direction of x = y = 0.
   void setSkyCentre(const std::optional<SkyPosition>& centre) { centre_ = centre; }
 
-  [[nodiscard]] const AMatrix<float>& map() const { return map_; }
+  [[nodiscard]] const AMatrix<float>& map() const { return *map_; }
   [[nodiscard]] const TMinMax& range() const { return range_; }
   [[nodiscard]] const std::string& unit() const { return unit_; }
   [[nodiscard]] const std::optional<BeamEllipse>& beam() const { return beam_; }
@@ -61,7 +63,7 @@ class MapView {
   [[nodiscard]] MapReadOut readOut(double x, double y) const;
 
  private:
-  AMatrix<float> map_;
+  std::shared_ptr<const AMatrix<float>> map_ = std::make_shared<const AMatrix<float>>();
   TMinMax range_;
   std::string unit_;
   std::optional<BeamEllipse> beam_;

@@ -82,6 +82,27 @@ TEST(AColorsGraphTest, SmallerCopiesKeepTheMeanOfTheMap) {
   EXPECT_NEAR(qRed(image.pixel(8, 8)), 127.5, 2.5);
 }
 
+TEST(AColorsGraphTest, SmallerCopiesAreThoseOfTheWholePicture) {
+  // 192 lines are reduced in three parts, 200 as a whole.
+  for (const std::uint32_t side : {192U, 200U}) {
+    AMatrix<float> map(side, side);
+    for (std::size_t i = 0; i < map.size(); ++i)
+      map.data()[i] = static_cast<float>((i * 7 + i / side * i / side) % 1000) / 999.0F;
+    AColorsGraph graph;
+    setGreyMap(graph, map);
+    const int quarter = static_cast<int>(side) / 4;
+    const QImage image = drawn(graph, skyView(graph, quarter));
+    QImage whole = graph.image(-1, 1);
+    for (const int part : {2, 4})
+      whole = whole.scaled(static_cast<int>(side) / part, static_cast<int>(side) / part,
+                           Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    ASSERT_EQ(image.size(), whole.size());
+    for (int y = 0; y < quarter; ++y)
+      for (int x = 0; x < quarter; ++x)
+        ASSERT_EQ(image.pixel(x, y), whole.pixel(x, y)) << side << ": " << x << ", " << y;
+  }
+}
+
 TEST(AColorsGraphTest, APixelWithoutAValueHasTheNanColour) {
   AMatrix<float> map(2, 2);
   map(1, 1) = std::numeric_limits<float>::quiet_NaN();
@@ -132,6 +153,13 @@ TEST(AColorsGraphTest, TheGraphKeepsItsOwnCopyOfTheMap) {
   setGreyMap(graph, map);
   map(0, 0) = 0.0F;
   EXPECT_EQ(graph.map().map()(0, 0), 1.0F);
+}
+
+TEST(AColorsGraphTest, ASharedMapIsNotCopied) {
+  const auto map = std::make_shared<AMatrix<float>>(2, 2);
+  AColorsGraph graph;
+  graph.SetParameters(map, {0, 1, 0, 1, 0.0, 1.0});
+  EXPECT_EQ(&graph.map().map(), map.get());
 }
 
 TEST(AColorsGraphTest, AnEmptyMapDrawsNothing) {

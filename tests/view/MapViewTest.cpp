@@ -15,7 +15,7 @@ MapView smallMap() {
     for (std::uint32_t column = 0; column < 5; ++column)
       map(row, column) = static_cast<float>(10 * row + column);
   MapView view;
-  view.setMap(map, {-2.0, 2.0, -1.5, 1.5, 0.0, 34.0});
+  view.setMap(std::make_shared<AMatrix<float>>(map), {-2.0, 2.0, -1.5, 1.5, 0.0, 34.0});
   return view;
 }
 
@@ -73,7 +73,7 @@ TEST(MapViewTest, APixelWithoutAValueReadsSo) {
   map(0, 0) = std::numeric_limits<float>::quiet_NaN();
   MapView view;
   view.setUnit("Jy");
-  view.setMap(map, {0.0, 0.0, 0.0, 0.0, 0.0, 0.0});
+  view.setMap(std::make_shared<AMatrix<float>>(map), {0.0, 0.0, 0.0, 0.0, 0.0, 0.0});
   EXPECT_EQ(view.readOut(0.0, 0.0).value, "no value");
 }
 
@@ -86,13 +86,13 @@ TEST(MapViewTest, OffTheMapOnlyTheOffsetIsRead) {
 
 TEST(MapViewTest, AnUnsetRangeCountsPixels) {
   MapView view;
-  view.setMap(AMatrix<float>(3, 4), {});
+  view.setMap(std::make_shared<AMatrix<float>>(3, 4), {});
   EXPECT_EQ(view.edges(), (PlotRect{-0.5, 3.5, -0.5, 2.5}));
 }
 
 TEST(MapViewTest, ASingleRowHasSquarePixels) {
   MapView view;
-  view.setMap(AMatrix<float>(1, 3), {-2.0, 2.0, 5.0, 5.0, 0.0, 0.0});
+  view.setMap(std::make_shared<AMatrix<float>>(1, 3), {-2.0, 2.0, 5.0, 5.0, 0.0, 0.0});
   EXPECT_DOUBLE_EQ(view.cellY(), 2.0);
   EXPECT_EQ(view.edges(), (PlotRect{-3.0, 3.0, 4.0, 6.0}));
 }

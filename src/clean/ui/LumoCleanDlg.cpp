@@ -19,6 +19,8 @@ namespace {
 
 /// About two screen refreshes: no eye follows more, and the worker keeps its processor to itself.
 constexpr std::chrono::milliseconds kLookPeriod(33);
+/// While somebody waits for the result.
+constexpr std::chrono::milliseconds kPauseLookPeriod(3);
 
 /// A graph of many iterations changes slowly, and drawing it takes more than a text.
 constexpr std::chrono::milliseconds kGraphPeriod(500);
@@ -97,6 +99,7 @@ void LumoCleanDlg::reject() {
   worker_.stop();
   // A pause asked for before would open the view on a run that is to end.
   pausing_ = false;
+  timer_.setInterval(kLookPeriod);
   showResult_->setChecked(false);
   worker_.resume();
 }
@@ -176,6 +179,7 @@ void LumoCleanDlg::showResult() {
   // A second click while the iteration ends must not look like a change of mind.
   showResult_->setChecked(true);
   worker_.requestPause();
+  timer_.setInterval(kPauseLookPeriod);
 }
 
 void LumoCleanDlg::openView() {

@@ -29,7 +29,8 @@ std::unique_ptr<A2_3DAxis> makeAxis(const AMatrix<float>& map, const TMinMax& ra
   axis->setNameOX(CleanViewModel::kNameX);
   axis->setNameOY(CleanViewModel::kNameY);
   auto& graph = axis->addGraph(std::make_unique<AColorsGraph>());
-  graph.SetParameters(map, range);
+  // Seen, not owned: what the model shows is at rest as long as this dialog is open.
+  graph.SetParameters(std::shared_ptr<const AMatrix<float>>(std::shared_ptr<void>(), &map), range);
   graph.setUnit(header.unit);
   if (header.beamMajor > 0 && header.beamMinor > 0)
     graph.setBeam(BeamEllipse{header.beamMajor, header.beamMinor, header.beamPa});
