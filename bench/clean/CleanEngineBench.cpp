@@ -146,9 +146,20 @@ bool sameAfter(std::int32_t iterations, A& plain, B& fast) {
   return true;
 }
 
-/// The plain engine, the tiled one on one and on two threads, the one that rounds once, and the kernel take
-/// turns on one sky; counters are medians over the slices and their ratios. On one thread the processor's
-/// time counts, on two that on the wall, which means something on a quiet machine only.
+/// What an engine has put off is part of its cost.
+double settledSeconds(Runner<TiledCleanEngine>& runner) {
+  double settled = 0.0;
+  static_cast<void>(runner.turns->slice(1, [&] {
+    const Clock::time_point start = Clock::now();
+    runner.engine->settle();
+    settled = secondsSince(start);
+  }));
+  return settled;
+}
+
+/// The plain engine, on one and on two threads the tiled one and the one that rounds once, and the kernel
+/// take turns on one sky; counters are medians over the slices and their ratios. On one thread the
+/// processor's time counts, on two that on the wall, which means something on a quiet machine only.
 void takeTurns(benchmark::State& state, const bench::CleanSky& sky, bool nonNegative) {
   const auto terms = static_cast<std::int32_t>(sky.maps.size());
   const auto pixels = static_cast<double>(sky.maps[0].size());
@@ -163,6 +174,7 @@ void takeTurns(benchmark::State& state, const bench::CleanSky& sky, bool nonNega
   Runner<TiledCleanEngine> one(sky, parameters, tilingOf(1));
   Runner<TiledCleanEngine> two(sky, parameters, tilingOf(2));
   Runner<TiledCleanEngine> merged(sky, parameters, tilingOf(1, CleanRounding::kOnce));
+  Runner<TiledCleanEngine> mergedTwo(sky, parameters, tilingOf(2, CleanRounding::kOnce));
   std::vector<double> kernels;
   for (std::int32_t slice = 0; slice < kSlices; ++slice) {
     plain.run(plainSlice);
@@ -174,15 +186,10 @@ void takeTurns(benchmark::State& state, const bench::CleanSky& sky, bool nonNega
     one.run(kSlice);
     two.run(kSlice);
     merged.run(kSlice);
+    mergedTwo.run(kSlice);
   }
-  // What the merging engine has put off is part of its cost.
-  double settled = 0.0;
-  static_cast<void>(merged.turns->slice(1, [&] {
-    const Clock::time_point start = Clock::now();
-    merged.engine->settle();
-    settled = secondsSince(start);
-  }));
-  const double mergedSeconds = merged.thread.mean() + settled / kIterations;
+  const double mergedSeconds = merged.thread.mean() + settledSeconds(merged) / kIterations;
+  const double mergedTwoSeconds = mergedTwo.wall.mean() + settledSeconds(mergedTwo) / kIterations;
   const double products = pixels * terms * terms;
   const double seconds = median(one.thread.perIteration);
   state.SetIterationTime(seconds);
@@ -190,6 +197,7 @@ void takeTurns(benchmark::State& state, const bench::CleanSky& sky, bool nonNega
   state.counters["one_us"] = 1e6 * seconds;
   state.counters["two_us"] = 1e6 * median(two.wall.perIteration);
   state.counters["merged_us"] = 1e6 * mergedSeconds;
+  state.counters["merged_two_us"] = 1e6 * mergedTwoSeconds;
   state.counters["ratio1"] = median(plain.thread.perIteration) / seconds;
   state.counters["ratio2"] = median(plain.wall.perIteration) / median(two.wall.perIteration);
   state.counters["merged_to_one"] = one.thread.mean() / mergedSeconds;

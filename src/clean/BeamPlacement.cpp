@@ -20,31 +20,25 @@ BeamPlacement::BeamPlacement(const CleanTileMaps& maps, const CleanTileArea& are
       updates_(updates),
       beamRows_(maps.beamRows),
       beamColumns_(maps.beamColumns),
-      firstRow_(area.firstRow),
-      lastRow_(area.lastRow - 1) {
-  const std::size_t width = area.lastColumn - area.firstColumn;
+      rowsLeft_(area.rows()) {
+  const std::size_t width = area.columns();
   for (std::size_t p = 0; p < count; ++p) {
     const auto row = static_cast<std::int64_t>(beamRows_ / 2) - updates[p].row + area.firstRow;
     const auto column = static_cast<std::int64_t>(beamColumns_ / 2) - updates[p].column + area.firstColumn;
-    row_[p] = wrapped(row, beamRows_);
-    column_[p] = wrapped(column, beamColumns_);
-    straight_[p] = static_cast<std::uint32_t>(std::min(width, beamColumns_ - column_[p]));
+    const std::uint32_t beamColumn = wrapped(column, beamColumns_);
+    next_[p] = static_cast<std::uint32_t>(wrapped(row, beamRows_) * beamColumns_ + beamColumn);
+    straight_[p] = static_cast<std::uint32_t>(std::min(width, beamColumns_ - beamColumn));
     wraps_ = wraps_ || straight_[p] < width;
   }
 }
 
-std::uint32_t BeamPlacement::elementBelow(std::size_t step, std::size_t row) const {
-  const std::size_t beamRow = row_[step] + row;
-  return static_cast<std::uint32_t>((beamRow >= beamRows_ ? beamRow - beamRows_ : beamRow) * beamColumns_ +
-                                    column_[step]);
-}
-
-void BeamPlacement::enterRow(std::size_t row) {
-  const std::size_t after = std::min(row + 1, lastRow_);
-  for (std::size_t p = 0; p < count_; ++p) {
-    element_[p] = elementBelow(p, row - firstRow_);
-    next_[p] = elementBelow(p, after - firstRow_);
-  }
+void BeamPlacement::nextRow() {
+  const auto columns = static_cast<std::uint32_t>(beamColumns_);
+  const auto lastRow = static_cast<std::uint32_t>((beamRows_ - 1) * beamColumns_);
+  std::copy(next_, next_ + count_, element_);
+  if (--rowsLeft_ == 0) return;
+  for (std::size_t p = 0; p < count_; ++p)
+    next_[p] = element_[p] < lastRow ? element_[p] + columns : element_[p] - lastRow;
 }
 
 }  // namespace lumo

@@ -222,11 +222,11 @@ HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileAr
   BeamPlacement below(maps, area, updates, count);
   const double h = 2.0 - gain;
   const SearchConstants constants{gain, h, h * gain};
-  const std::size_t width = area.lastColumn - area.firstColumn;
+  const std::size_t width = area.columns();
   TileSearch search{LaneBest<Wide>(Wide()), LaneBest<Single>(Single())};
   CleanTileBest best;
   for (std::size_t row = area.firstRow; row < area.lastRow; ++row) {
-    below.enterRow(row);
+    below.nextRow();
     const std::size_t offset = row * maps.mapColumns + area.firstColumn;
     if (below.wraps()) subtractWrapped<kTerms>(maps, below, offset, width, constants, search);
     passRow<kTerms, kSearch>(maps, below, 0, below.wraps() ? 0 : count, offset, 0, width, 0, constants,

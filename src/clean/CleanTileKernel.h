@@ -38,6 +38,9 @@ struct CleanTileArea {
   std::uint32_t lastRow = 0;
   std::uint32_t firstColumn = 0;
   std::uint32_t lastColumn = 0;
+
+  [[nodiscard]] std::size_t rows() const { return lastRow - firstRow; }
+  [[nodiscard]] std::size_t columns() const { return lastColumn - firstColumn; }
 };
 
 /// The best pixel of a tile.

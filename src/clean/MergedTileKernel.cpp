@@ -143,11 +143,11 @@ template <int kTerms>
 HWY_NOINLINE double passTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
                              std::size_t count) {
   MergedSteps steps(maps, area, updates, count);
-  const std::size_t width = area.lastColumn - area.firstColumn;
+  const std::size_t width = area.columns();
   const std::size_t straight = steps.below.wraps() ? 0 : count;
   LargestNorm largest;
   for (std::size_t row = area.firstRow; row < area.lastRow; ++row) {
-    steps.below.enterRow(row);
+    steps.below.nextRow();
     const std::size_t offset = row * maps.mapColumns + area.firstColumn;
     if (steps.below.wraps()) subtractWrapped<kTerms>(maps, steps, offset, width);
     passRow<kTerms>(maps, steps, 0, straight, offset, 0, width, 0, largest);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <functional>
 #include <limits>
 
 #include "clean/MergedTileKernel.h"
@@ -22,8 +23,10 @@ constexpr std::size_t kExactSteps = 64;
 /// A full list has this part of it, the oldest, subtracted everywhere.
 constexpr std::size_t kOldestPart = 4;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-/// Rounds of the tiles with the largest bounds before all the others that may win are taken at once: after
-/// that many the best score hardly rises.
+/// Tiles of the largest bounds that are taken at once, and how often, before all the others that may win are:
+/// after that many the best score hardly rises. Not as many as there are threads: rounding once, the bits
+/// depend on which tiles are brought up to date.
+constexpr std::size_t kLeaders = 2;
 constexpr int kLeaderRounds = 4;
 /// A list that merges takes this part of the memory of maps and beams.
 constexpr std::size_t kListPart = 100;
@@ -125,6 +128,7 @@ void TiledCleanEngine::makeTiles() {
   bound_.assign(tiles_.size(), kInfinity);
   chosen_.reserve(tiles_.size());
   rivals_.reserve(tiles_.size());
+  pieces_.reserve(tiles_.size() + static_cast<std::size_t>(team_->size()) - 1);
 }
 
 void TiledCleanEngine::pointAtMaps() {
@@ -144,7 +148,8 @@ void TiledCleanEngine::pointAtMaps() {
 std::size_t TiledCleanEngine::workingBytes() const {
   return list_.bytes() + reach_.bytes() + tiles_.capacity() * sizeof(Tile) +
          (normBound_.capacity() + scoreBound_.capacity() + bound_.capacity()) * sizeof(double) +
-         (rivals_.capacity() + chosen_.capacity()) * sizeof(std::uint32_t);
+         (rivals_.capacity() + chosen_.capacity()) * sizeof(std::uint32_t) +
+         pieces_.capacity() * sizeof(Piece);
 }
 
 void TiledCleanEngine::settle() {
@@ -191,15 +196,16 @@ void TiledCleanEngine::formBounds(const Gain& gain) {
 bool TiledCleanEngine::search(double gainValue, CleanStep& step) {
   if (tiled_ && !usable(gainValue)) givePlainWay();
   if (!tiled_) return PlainCleanEngine::search(gainValue, step);
+  if (team_->size() > 1) searchBegan_ = secondsNow();
   best_ = nullptr;
   work_ = 0.0;
   formBounds(Gain(gainValue));
-  chooseLargest(leaders());
+  chooseLargest(kLeaders);
   bringUpToDate(gainValue);
   collectRivals();
   std::size_t done = 0;
-  for (int round = 0; round < kLeaderRounds && done < rivals_.size(); ++round, done += leaders()) {
-    chooseRivals(done, leaders());
+  for (int round = 0; round < kLeaderRounds && done < rivals_.size(); ++round, done += kLeaders) {
+    chooseRivals(done, kLeaders);
     bringUpToDate(gainValue);
   }
   chooseRivals(done, rivals_.size());
@@ -212,12 +218,6 @@ bool TiledCleanEngine::search(double gainValue, CleanStep& step) {
   if (best_ == nullptr) return false;
   fillStep(*best_, gainValue, step);
   return true;
-}
-
-std::size_t TiledCleanEngine::leaders() const {
-  // Rounding once, the bits depend on which tiles are brought up to date, so the threads must not matter.
-  if (tiling_.rounding == CleanRounding::kOnce) return 2;
-  return sharing() ? static_cast<std::size_t>(team_->size()) : 1;
 }
 
 void TiledCleanEngine::chooseLargest(std::size_t count) {
@@ -257,61 +257,110 @@ void TiledCleanEngine::chooseOverdue() {
 }
 
 void TiledCleanEngine::bringUpToDate(double gain) {
-  for (const std::uint32_t i : chosen_) {
-    const CleanTileArea& area = tiles_[i].area;
-    const auto pixels =
-        static_cast<std::int64_t>(area.lastRow - area.firstRow) * (area.lastColumn - area.firstColumn);
-    pixelsSearched_ += pixels;
-    work_ += static_cast<double>(pixels) * static_cast<double>(list_.size() - tiles_[i].applied + 1);
+  if (chosen_.empty()) return;
+  const double known = bestScore();
+  updatePieces(gain);
+  for (const std::uint32_t i : chosen_) tiles_[i].best = {};
+  for (const Piece& piece : pieces_) {
+    CleanTileBest& best = tiles_[piece.tile].best;
+    best.norm = std::max(best.norm, piece.best.norm);
+    if (!piece.best.found || (best.found && piece.best.score < best.score)) continue;
+    best.found = true;  // the pieces of a tile follow each other in scan order
+    best.score = piece.best.score;
+    best.offset = piece.best.offset;
   }
-  const double best = bestScore();
-  if (sharing()) {
-    team_->run(chosen_.size(), [&](std::size_t i) { updateTile(chosen_[i], gain, best); });
-  } else {
-    for (const std::uint32_t i : chosen_) updateTile(i, gain, best);
-  }
   for (const std::uint32_t i : chosen_) {
-    const CleanTileBest& found = tiles_[i].best;
+    Tile& tile = tiles_[i];
+    if (tiling_.rounding == CleanRounding::kOnce) tile.best = searchMerged(i, gain, known);
+    tile.applied = list_.size();
+    tile.gain = gain;
+    tile.slope = slopeOf(gain);
+    normBound_[i] = kUp * std::sqrt(tile.best.norm);
+    scoreBound_[i] = tile.best.found ? kUp * std::sqrt(std::max(tile.best.score, 0.0)) : 0.0;
     bound_[i] = -1.0;  // no rival any more
-    if (!found.found) continue;
-    if (best_ == nullptr || found.score > best_->score ||
-        (found.score == best_->score && found.offset > best_->offset))
-      best_ = &found;
+    if (!tile.best.found) continue;
+    if (best_ == nullptr || tile.best.score > best_->score ||
+        (tile.best.score == best_->score && tile.best.offset > best_->offset))
+      best_ = &tile.best;
   }
 }
 
-CleanTileBest TiledCleanEngine::updateMerged(std::size_t index, double gain, double best) {
-  const Tile& tile = tiles_[index];
+/// Shares the rows of the chosen tiles out, each thread getting as much to do.
+void TiledCleanEngine::updatePieces(double gain) {
+  std::size_t cost = 0;
+  for (const std::uint32_t i : chosen_) {
+    const CleanTileArea& area = tiles_[i].area;
+    pixelsSearched_ += static_cast<std::int64_t>(area.rows() * area.columns());
+    cost += area.rows() * rowCost(tiles_[i]);
+  }
+  work_ += static_cast<double>(cost);
+  const std::size_t members = sharing() ? static_cast<std::size_t>(team_->size()) : 1;
+  pieces_.assign(chosen_.size() + members - 1, Piece());
+  const auto share = [&](std::size_t member) {
+    updateShare(cost * member / members, cost * (member + 1) / members, pieces_.data() + member, gain);
+  };
+  team_->run(members, std::ref(share));
+}
+
+/// Of one row, in pixels times passes.
+std::size_t TiledCleanEngine::rowCost(const Tile& tile) const {
+  return (list_.size() - tile.applied + 1) * tile.area.columns();
+}
+
+/// Subtracts what they lack from the rows of the chosen tiles before which rows of a cost of `from` to less
+/// than `to` lie.
+/// @param pieces gets the piece of each chosen tile at its place among them. Two members have no more than
+///   one tile in common, so that all pieces have a place of their own if each member's begin one after those
+///   of the member before.
+void TiledCleanEngine::updateShare(std::size_t from, std::size_t to, Piece* pieces, double gain) {
+  std::size_t before = 0;
+  for (std::size_t c = 0; c < chosen_.size(); ++c) {
+    const Tile& tile = tiles_[chosen_[c]];
+    const std::size_t perRow = rowCost(tile);
+    const std::size_t rows = tile.area.rows();
+    const auto rowAt = [&](std::size_t cost) {
+      const std::size_t row = cost <= before ? 0 : std::min(rows, (cost - before + perRow - 1) / perRow);
+      return tile.area.firstRow + static_cast<std::uint32_t>(row);
+    };
+    CleanTileArea area = tile.area;
+    area.firstRow = rowAt(from);
+    area.lastRow = rowAt(to);
+    before += rows * perRow;
+    if (area.firstRow == area.lastRow) continue;
+    pieces[c].tile = chosen_[c];
+    if (tiling_.rounding == CleanRounding::kOnce) {
+      pieces[c].best.norm = subtractLacking(area, tile.applied);
+    } else {
+      pieces[c].best =
+          updateCleanTile(maps_, area, list_.data() + tile.applied, list_.size() - tile.applied, gain);
+    }
+  }
+}
+
+/// Subtracts the steps from `applied` on, merged.
+/// @return the largest S, formed in single precision.
+double TiledCleanEngine::subtractLacking(const CleanTileArea& area, std::size_t applied) const {
   CleanUpdate merged[kMaxTileUpdates];
   double formed = 0.0;
-  std::size_t next = tile.applied;
+  std::size_t next = applied;
   do {
     std::size_t count = 0;
     next = list_.merge(next, merged, count);
-    formed = subtractMerged(maps_, tile.area, merged, count);
+    formed = subtractMerged(maps_, area, merged, count);
   } while (next < list_.size());
-  if (!constrained()) {
-    CleanTileBest loser;
-    loser.norm = norm_.fromSingle(formed, normBound_[index]);
-    if (kUp * (2.0 - gain) * gain * loser.norm < best) return loser;
-  }
-  return updateCleanTile(maps_, tile.area, nullptr, 0, gain);
+  return formed;
 }
 
-/// @param best a score that has been found.
-void TiledCleanEngine::updateTile(std::size_t index, double gain, double best) {
-  Tile& tile = tiles_[index];
-  if (tiling_.rounding == CleanRounding::kOnce) {
-    tile.best = updateMerged(index, gain, best);
-  } else {
-    tile.best =
-        updateCleanTile(maps_, tile.area, list_.data() + tile.applied, list_.size() - tile.applied, gain);
+/// Searches a tile from which all steps are subtracted, `best.norm` being formed in single precision.
+/// @param known a score that has been found: a tile that cannot reach it gets a bound only.
+CleanTileBest TiledCleanEngine::searchMerged(std::size_t index, double gain, double known) const {
+  const Tile& tile = tiles_[index];
+  if (!constrained()) {
+    CleanTileBest loser;
+    loser.norm = norm_.fromSingle(tile.best.norm, normBound_[index]);
+    if (kUp * (2.0 - gain) * gain * loser.norm < known) return loser;
   }
-  tile.applied = list_.size();
-  tile.gain = gain;
-  tile.slope = slopeOf(gain);
-  normBound_[index] = kUp * std::sqrt(tile.best.norm);
-  scoreBound_[index] = tile.best.found ? kUp * std::sqrt(std::max(tile.best.score, 0.0)) : 0.0;
+  return updateCleanTile(maps_, tile.area, nullptr, 0, gain);
 }
 
 void TiledCleanEngine::dropSubtracted() {
@@ -385,7 +434,10 @@ void TiledCleanEngine::subtract(const CleanStep& step) {
     scoreBound_[step.row / tiling_.rows * tileColumns_ + step.column / tiling_.columns] = kInfinity;
   }
   list_.append(step);
-  if (team_->size() > 1) pacer_.worked(work_, secondsNow());
+  if (team_->size() > 1) {
+    iterating_ += secondsNow() - searchBegan_;
+    pacer_.worked(work_, iterating_);
+  }
 }
 
 }  // namespace lumo

@@ -27,6 +27,7 @@ enum class CleanRounding {
 struct CleanTiling {
   CleanRounding rounding = CleanRounding::kEveryProduct;
   int threads = 1;
+  bool paced = true;  ///< several threads share the tiles only while that is faster, otherwise always
   /// Pixels of a tile, 0 for those that suit the maps: few rows, so that the beam rows below it stay in the
   /// cache; many columns, because memory is read along rows.
   std::uint32_t rows = 0;
@@ -43,9 +44,9 @@ struct CleanTiling {
 /// registers, in their order and with each of the roundings, and the pass finds the tile's best pixel as well
 /// (updateCleanTile).
 ///
-///     search:    bring up to date the tiles of the largest bounds, one for every thread
+///     search:    bring up to date the two tiles of the largest bounds
 ///                of the others whose bound reaches the best score so found, bring up to date
-///                  the largest first, a few times
+///                  the two largest, a few times
 ///                  then all at once, and when the list is full those that lack its oldest steps
 ///                choose the best pixel of the tiles just searched, the last in scan order among equals
 ///     subtract:  raise the bounds of all tiles;  append the step to the list
@@ -71,8 +72,9 @@ struct CleanTiling {
 /// - E is formed in double from terms of the size of (4 X + |c|)^2 that may cancel.
 /// C_0 itself enters E only at its own pixel: the tile of the last peak is always brought up to date.
 ///
-/// Several threads share the tiles only while that is faster (TeamPacer): asking for as many as there are
-/// cores costs nothing on a busy machine.
+/// Threads share the rows of the tiles that are brought up to date together, one tile or many, so that each
+/// has as much to do: a row costs the steps that its tile lacks, and its search. They do so only while that
+/// is faster (TeamPacer): asking for as many as there are cores costs nothing on a busy machine.
 ///
 /// Where the bounds do not hold the engine goes on as the plain one, from the iteration where it notices:
 /// more than kMaxTileTerms terms, values in maps or beams that are not finite, a beam matrix that is not
@@ -110,6 +112,11 @@ class TiledCleanEngine final : public PlainCleanEngine {
     double gain = 0.0;        ///< of the search that `best` is from
     double slope = 0.0;       ///< L of that gain
   };
+  /// What one thread found in those rows of a tile that it brought up to date.
+  struct Piece {
+    std::uint32_t tile = 0;
+    CleanTileBest best;
+  };
   struct Gain;
 
   [[nodiscard]] bool boundsHold();
@@ -121,16 +128,18 @@ class TiledCleanEngine final : public PlainCleanEngine {
   [[nodiscard]] double constrainedBound(std::size_t i, const Gain& gain) const;
   void formBounds(const Gain& gain);
   [[nodiscard]] bool raiseBounds(const CleanStep& step);
-  [[nodiscard]] bool sharing() const { return team_->size() > 1 && pacer_.together(); }
-  [[nodiscard]] std::size_t leaders() const;
+  [[nodiscard]] bool sharing() const { return team_->size() > 1 && (!tiling_.paced || pacer_.together()); }
   [[nodiscard]] double bestScore() const { return best_ != nullptr ? best_->score : 0.0; }
   void chooseLargest(std::size_t count);
   void collectRivals();
   void chooseRivals(std::size_t first, std::size_t count);
   void chooseOverdue();
   void bringUpToDate(double gain);
-  void updateTile(std::size_t index, double gain, double best);
-  [[nodiscard]] CleanTileBest updateMerged(std::size_t index, double gain, double best);
+  void updatePieces(double gain);
+  [[nodiscard]] std::size_t rowCost(const Tile& tile) const;
+  void updateShare(std::size_t from, std::size_t to, Piece* pieces, double gain);
+  [[nodiscard]] double subtractLacking(const CleanTileArea& area, std::size_t applied) const;
+  [[nodiscard]] CleanTileBest searchMerged(std::size_t index, double gain, double known) const;
   void dropSubtracted();
   [[nodiscard]] std::size_t peakOf(const CleanTileBest& best, double gain) const;
   void fillStep(const CleanTileBest& best, double gain, CleanStep& step) const;
@@ -152,10 +161,13 @@ class TiledCleanEngine final : public PlainCleanEngine {
   CleanStepList list_;
   std::vector<std::uint32_t> rivals_;    ///< tiles whose bound reaches the best score, largest first
   std::vector<std::uint32_t> chosen_;    ///< tiles to bring up to date
+  std::vector<Piece> pieces_;            ///< of these
   const CleanTileBest* best_ = nullptr;  ///< of the tiles searched in this iteration
   double mostNegative_ = 0.0;            ///< |c| of the most negative component of term 0 so far
   double partialSums_ = 1.0;             ///< roundings that a step can see in a sum of steps
   double work_ = 0.0;                    ///< of this iteration, in pixels times passes
+  double searchBegan_ = 0.0;             ///< of this iteration, in seconds
+  double iterating_ = 0.0;               ///< seconds in iterations, without what observers took between them
   bool tiled_ = false;
   std::int64_t pixelsSearched_ = 0;
 };

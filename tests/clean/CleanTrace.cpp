@@ -75,6 +75,7 @@ Trace tiledRun(const CleanProblem& problem, const CleanParameters& parameters, c
 CleanTiling tilingOf(std::uint32_t rows, std::uint32_t columns, int threads) {
   CleanTiling tiling;
   tiling.threads = threads;
+  tiling.paced = false;
   tiling.rows = rows;
   tiling.columns = columns;
   return tiling;

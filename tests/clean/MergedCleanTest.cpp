@@ -177,11 +177,12 @@ TEST(MergedCleanTest, MapsSettledOnTheWayAreThoseOfThePlainEngineWithinAMilliont
 }
 
 TEST(MergedCleanTest, FaintTilesLagBehindForLong) {
-  const CleanProblem problem = noisySky(2, {64, 96}, 0.0);
-  const CleanParameters parameters = parametersOf(1000, 0.1);
+  const CleanProblem problem = noisySky(2, {128, 192}, 0.0);
+  // Steps so small that a faint tile cannot win before the exact engine's list is full.
+  const CleanParameters parameters = parametersOf(1000, 0.01);
   const Trace exact = tiledRun(problem, parameters, test::tilingOf(4, 16));
   const Trace merged = tiledRun(problem, parameters, mergedTiling(4, 16));
-  EXPECT_LT(merged.pixelsSearched, exact.pixelsSearched);
+  EXPECT_LT(merged.pixelsSearched, 3 * exact.pixelsSearched / 4);
 }
 
 TEST(MergedCleanTest, AllZeroMapsTakeTheLastPixelAndStayZero) {
