@@ -29,18 +29,18 @@ struct LargePages {
   [[nodiscard]] T* allocate(std::size_t count) {
     if (count > static_cast<std::size_t>(-1) / 2 / sizeof(T)) throw std::bad_alloc();
     const std::size_t bytes = count * sizeof(T);
-    if (bytes < kLeast) return static_cast<T*>(::operator new(bytes));
-    void* const block = std::aligned_alloc(kPage, (bytes + kPage - 1) / kPage * kPage);
+    const bool large = bytes >= kLeast;
+    void* const block =
+        large ? std::aligned_alloc(kPage, (bytes + kPage - 1) / kPage * kPage) : std::malloc(bytes);
     if (block == nullptr) throw std::bad_alloc();
 #ifdef __linux__
     // The pages that the block fills: a page that it shares would grow the process for nothing.
-    static_cast<void>(::madvise(block, bytes / kPage * kPage, MADV_HUGEPAGE));
+    if (large) static_cast<void>(::madvise(block, bytes / kPage * kPage, MADV_HUGEPAGE));
 #endif
     return static_cast<T*>(block);
   }
 
-  void deallocate(T* block, std::size_t count) noexcept {
-    if (count * sizeof(T) < kLeast) return ::operator delete(block);
+  void deallocate(T* block, std::size_t /*count*/) noexcept {
     std::free(block);
   }
 
