@@ -32,7 +32,8 @@ struct Parabola {
   explicit Parabola(const std::array<double, 9>& f) {
     double sum = 0, columns = 0, rows = 0;
     for (int k = 0; k < 9; ++k) {
-      const double i = k % 3 - 1, j = k / 3 - 1, value = f[static_cast<std::size_t>(k)];
+      const int row = k / 3;
+      const double i = k % 3 - 1, j = row - 1, value = f[static_cast<std::size_t>(k)];
       sum += value;
       columns += i * i * value;
       rows += j * j * value;

@@ -62,8 +62,9 @@ std::string measurementText(const AreaMeasurement& measurement) {
   const MeanSigmaTable values = spectraTable(spectra);
   TextTable spectrum;
   for (int row = 0; row < values.rowCount(); ++row) {
-    std::vector<std::string> cells;
-    for (int column = 0; column < values.columnCount(); ++column) cells.push_back(values.text(row, column));
+    std::vector<std::string> cells(static_cast<std::size_t>(values.columnCount()));
+    for (int column = 0; column < values.columnCount(); ++column)
+      cells[static_cast<std::size_t>(column)] = values.text(row, column);
     spectrum.add(std::move(cells));
   }
   return "At " + valToStr(spectra.refFreq * kMegahertzPerHertz) + " [MHz]:\n" + areas.aligned() +

@@ -71,16 +71,17 @@ Status parseWholeNumbers(const std::string& option, const std::string& text, std
 }
 
 Status parseSelection(const std::string& text, SelectionText& selection) {
-  constexpr const char* expected = "FILE_NUMBER:ID[,ID...] or FILE_NUMBER:none";
+  constexpr const char* kExpected = "FILE_NUMBER:ID[,ID...] or FILE_NUMBER:none";
   const auto colon = text.find(':');
-  if (colon == std::string::npos) return wrong("--select", text, expected);
+  if (colon == std::string::npos) return wrong("--select", text, kExpected);
   SelectionText read;
-  if (!parseInt(std::string_view(text).substr(0, colon), read.file)) return wrong("--select", text, expected);
+  if (!parseInt(std::string_view(text).substr(0, colon), read.file))
+    return wrong("--select", text, kExpected);
   const std::string_view ids = std::string_view(text).substr(colon + 1);
   if (ids != "none") {
     for (const std::string_view part : split(ids, ',')) {
       std::int64_t id = 0;
-      if (!parseInt(part, id)) return wrong("--select", text, expected);
+      if (!parseInt(part, id)) return wrong("--select", text, kExpected);
       read.ids.push_back(id);
     }
   }

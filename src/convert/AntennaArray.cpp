@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <utility>
 
 #include "core/AFile.h"
@@ -74,8 +75,9 @@ AntennaArray AntennaArray::vla() {
   array.name_ = "VLA";
   const EarthVector centre = fromGeodetic(kVlaLatitude, kVlaLongitude, kVlaHeight);
   for (const Arm& arm : kVlaArms) {
-    for (int number = 1; number <= kVlaAntennasPerArm; ++number) {
-      const double distance = arm.length * std::pow(double(number) / kVlaAntennasPerArm, kVlaPower);
+    for (std::int64_t number = 1; number <= kVlaAntennasPerArm; ++number) {
+      const double distance =
+          arm.length * std::pow(static_cast<double>(number) / kVlaAntennasPerArm, kVlaPower);
       const double east = distance * std::sin(arm.azimuth * kRadianPerDegree);
       const double north = distance * std::cos(arm.azimuth * kRadianPerDegree);
       std::string name(1, arm.letter);

@@ -55,7 +55,7 @@ struct LumoPlotAnswer {
 
 /// Draws. Returns 0 when the picture is complete, 1 for a failure told in the answer. To be called from the
 /// program's first thread only.
-typedef int LumoPlotFunction(const struct LumoPlotRequest* request, struct LumoPlotAnswer* answer);
+using LumoPlotFunction = int(const struct LumoPlotRequest* request, struct LumoPlotAnswer* answer);
 
 /// Name of the one function a module exports.
 #define LUMO_PLOT_FUNCTION "lumoPlot"
