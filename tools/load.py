@@ -110,6 +110,11 @@ def table(head, rows):
     print()
 
 
+def print_machine():
+    with open("/proc/cpuinfo", encoding="utf-8") as info:
+        print(next(line for line in info if line.startswith("model name")).partition(":")[2].strip(), os.cpu_count(), "cores")
+
+
 class Load:
     def __init__(self, build, folder, repeats):
         self.cli = os.path.join(build, "src/cli/lumo-cli")
@@ -220,8 +225,7 @@ def main():
     parts = {"files": Load.files, "list": Load.in_list, "rows": Load.rows, "selections": Load.selections, "large": Load.large}
     if len(sys.argv) < 2 or any(word not in parts for word in sys.argv[2:]):
         sys.exit("load: call tools/load.sh " + " ".join(f"[{part}]" for part in parts))
-    with open("/proc/cpuinfo", encoding="utf-8") as info:
-        print(next(line for line in info if line.startswith("model name")).partition(":")[2].strip(), os.cpu_count(), "cores")
+    print_machine()
     with tempfile.TemporaryDirectory(prefix="lumo-load-", dir=os.environ.get("LOAD_FOLDER")) as folder:
         load = Load(sys.argv[1], folder, int(os.environ.get("LOAD_REPEATS", "3")))
         for word in sys.argv[2:] or parts:

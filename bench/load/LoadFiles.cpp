@@ -2,11 +2,14 @@
 // Makes visibility files for tools/load.sh: very many, very long, with very many frequencies. The sky is a
 // point of 1 Jy.
 //
-//   lumo_load_files many FOLDER FILES                           files of one IF at one frequency each
-//   lumo_load_files bands FILE SELECTIONS IFS GROUPS            groups take turns with the frequency
-//   selections lumo_load_files sparse FILE BYTES                           groups of zeros, which take no
-//   room on the disk, and 20 000 others lumo_load_files channels FILE CHANNELS GROUPS               a UVFITS
-//   file with one IF
+//   lumo_load_files many FOLDER FILES
+//     files of one IF at one frequency each
+//   lumo_load_files bands FILE SELECTIONS IFS GROUPS
+//     groups take turns with the frequency selections
+//   lumo_load_files sparse FILE BYTES
+//     groups of zeros, which take no room on the disk, and 20 000 others
+//   lumo_load_files channels FILE CHANNELS GROUPS
+//     a UVFITS file with one IF
 #include <fcntl.h>
 #include <unistd.h>
 
