@@ -9,13 +9,19 @@ void TeamPacer::begin(Phase phase, double seconds) {
   phase_ = phase;
   start_ = seconds;
   work_ = 0.0;
+  settled_ = phase == Phase::kKeep;
 }
 
 void TeamPacer::worked(double work, double seconds) {
   if (phase_ == Phase::kBegin) return begin(Phase::kTryAlone, seconds);
   work_ += work;
   const double elapsed = seconds - start_;
-  if (elapsed < kTrial) return;
+  if (elapsed < (settled_ ? kTrial : kSettling)) return;
+  if (!settled_) {
+    begin(phase_, seconds);
+    settled_ = true;
+    return;
+  }
   const double rate = work_ / elapsed;
   if (phase_ == Phase::kTryAlone) {
     alone_ = rate;

@@ -20,7 +20,9 @@ class TeamPacer {
   void worked(double work, double seconds);
 
   static constexpr double kTrial = 8e-3;
-  static constexpr double kShortest = 0.1;
+  /// Before a trial counts: threads must wake, and the caches of their cores fill.
+  static constexpr double kSettling = 4e-3;
+  static constexpr double kShortest = 0.02;
   static constexpr double kLongest = 1.6;
 
  private:
@@ -28,6 +30,7 @@ class TeamPacer {
   void begin(Phase phase, double seconds);
 
   Phase phase_ = Phase::kBegin;
+  bool settled_ = false;
   bool keepTogether_ = false;
   double start_ = 0.0;  ///< of the trial, or of the last look at the rate
   double work_ = 0.0;   ///< since then
