@@ -43,7 +43,7 @@ bool ABMakeParameters::isUsableColumns(std::int32_t halfSizeX) {
 }
 
 bool ABMakeParameters::isUsableRows(std::int32_t halfSizeY) {
-  return halfSizeY >= 2 && halfSizeY <= kLargestLength / 2 && isTransformLength(2 * halfSizeY);
+  return halfSizeY >= 2 && halfSizeY <= kLargestLength / 2 && isTransformLength(std::int64_t{2} * halfSizeY);
 }
 
 Status ABMakeParameters::validate() const {

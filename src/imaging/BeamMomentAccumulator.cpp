@@ -9,7 +9,7 @@
 namespace lumo {
 
 int BeamMomentAccumulator::solve() {
-  constexpr double arcsecPerSigma = 77304.18191629459;
+  constexpr double kArcsecPerSigma = 77304.18191629459;
   const double meanX = sumX_ / sum_;
   const double meanY = sumY_ / sum_;
   const double varianceX = sumXX_ / sum_ - meanX * meanX;
@@ -28,8 +28,8 @@ int BeamMomentAccumulator::solve() {
   const double d = std::sqrt(std::max(p * p - 4 * q, 0.0));
   const double lambda1 = (-p - d) / 2;
   const double lambda2 = d / 2 - p / 2;
-  const double second = arcsecPerSigma * std::sqrt(2 * lambda1);
-  const double first = arcsecPerSigma * std::sqrt(2 * lambda2);
+  const double second = kArcsecPerSigma * std::sqrt(2 * lambda1);
+  const double first = kArcsecPerSigma * std::sqrt(2 * lambda2);
   if (!std::isfinite(first) || !std::isfinite(second)) return 0;
   positionAngle_ = angle;
   secondWidth_ = second;

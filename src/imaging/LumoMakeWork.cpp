@@ -163,9 +163,9 @@ int LumoMakeWork::makeBeams(SpectralGridSet& grids, AMapHeader& header, double& 
       if (k == 0) {
         // The widths enter as sigmas times two: the value is four times a Gaussian's area, as every reader of
         // these maps expects.
-        constexpr double factor = 0.8493218002880191;
-        header.beamArea =
-            (header.beamMajor * factor) * kTwoPi * (header.beamMinor * factor) / (geometry.dy * geometry.dx);
+        constexpr double kFactor = 0.8493218002880191;
+        header.beamArea = (header.beamMajor * kFactor) * kTwoPi * (header.beamMinor * kFactor) /
+                          (geometry.dy * geometry.dx);
         scale = 1 / centreValue(image);
         if (!std::isfinite(scale))
           return fail({StatusCode::kNoData, "the dirty beam is 0 at its centre: no usable visibility"});

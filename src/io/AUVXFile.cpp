@@ -41,7 +41,7 @@ int AUVXFile::Open(const std::string& name, int mode) {
   }
   if (status.ok()) return 1;
   Close();
-  return fail(std::move(status));
+  return fail(status);
 }
 
 int AUVXFile::Close() {
@@ -90,13 +90,13 @@ Status AUVXFile::readHeader() {
     return bad("has no IF, channel or Stokes product");
   // The group size is 32 bit, so a shape whose product exceeds it cannot agree with it; test without
   // overflow.
-  constexpr std::uint64_t limit = std::numeric_limits<std::uint32_t>::max();
-  if (std::uint64_t{shape_.ifs} * shape_.channels > limit || shape_.visibilities() > limit ||
+  constexpr std::uint64_t kLimit = std::numeric_limits<std::uint32_t>::max();
+  if (std::uint64_t{shape_.ifs} * shape_.channels > kLimit || shape_.visibilities() > kLimit ||
       UvxRecord::kBytes + kVisibilityBytes * shape_.visibilities() != groupBytes_)
     return bad("has groups of " + std::to_string(groupBytes_) + " bytes, which is not 26 + 12 x " +
                std::to_string(shape_.ifs) + " IFs x " + std::to_string(shape_.channels) + " channels x " +
                std::to_string(shape_.products) + " products");
-  if (groupOffset_ < h::kBytes || groupCount_ > limit * limit / groupBytes_ ||
+  if (groupOffset_ < h::kBytes || groupCount_ > kLimit * kLimit / groupBytes_ ||
       !inside(groupOffset_, groupCount_ * groupBytes_, map_.size()))
     return bad("is cut short: " + std::to_string(groupCount_) + " groups of " + std::to_string(groupBytes_) +
                " bytes do not fit in it");
