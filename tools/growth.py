@@ -51,11 +51,11 @@ class Growth:
                   f"{hours * 3600 / integrations:.6f}", "--noise", "0.05", "--out", made])
         files = sorted(os.path.join(made, name) for name in os.listdir(made))
         told = json.loads(load.run([self.cli, "run", "--folder", self.path("maps"), "--iterations", "1", "--json", *files]).output)
-        return files, sum(f["visibilities"] * CHANNELS for f in told["preflight"]["files"])
+        return files, sum(f["visibilities"] for f in told["preflight"]["files"])
 
     def image(self, files, size, terms, iterations, columns):
         """Seconds of each column (a tuple of phases), the smallest of the repetitions, and the largest memory, MB."""
-        words = [self.cli, "run", "--folder", self.path("maps"), "--half-size", str(size), "--order", str(terms),
+        words = [self.cli, "run", "--folder", self.path("maps"), "--half-size", f"{size}", "--order", str(terms),
                  "--iterations", str(iterations), "--json", *files]
         runs = [load.run(words) for _ in range(self.repeats)]
         phases = [json.loads(r.output)["phases"] for r in runs]
@@ -72,7 +72,7 @@ class Growth:
 
     def visibilities(self):
         rows = []
-        for millions in (4, 8, 16, 24, 32):
+        for millions in (8, 16, 32, 48, 64):
             files, count = self.observe(millions * 1e6)
             rows.append((count / 1e6, *self.image(files, 512, 2, 1, [READ, [GRID], [TRANSFORM], [RUN]])))
         self.show("Visibilities: two bands of 8 IFs x 16 channels, 512 x 512 pixels, 2 terms", "million visibilities",
@@ -86,8 +86,8 @@ class Growth:
 
     def pixels(self):
         files, _ = self.observe(1e6)
-        rows = [(n * n / 1e6, *self.image(files, n, 2, 1000, [[ITERATE], [TRANSFORM], WRITE]))
-                for n in (256, 512, 1024, 1536, 2048)]
+        sizes = ((256, 256), (512, 256), (512, 512), (1024, 512), (1024, 1024))
+        rows = [(x * y / 1e6, *self.image(files, f"{x},{y}", 2, 1000, [[ITERATE], [TRANSFORM], WRITE])) for x, y in sizes]
         self.show("Pixels: 2 terms, 1000 iterations", "million pixels", (1, "million"),
                   ["CLEAN, s", "transforms, s", "writing, s", "allocated, MB"], rows)
 
