@@ -11,7 +11,7 @@ namespace lumo {
 /// The file whose gridding takes most memory.
 struct GridLoad {
   std::size_t selections = 1;  ///< with visibilities
-  std::size_t ifs = 1;         ///< of each
+  std::size_t ifs = 1;         ///< of each, at least 1
   std::uint64_t tiles = 0;     ///< of a WorkGrid that the visibilities of one IF fall into, at most
   std::uint64_t groupBytes = 0;
   std::uint64_t fileBytes = 0;

@@ -58,7 +58,7 @@ class Inspection {
       load.tiles = std::max(load.tiles, selection.cover.count());
     }
     const auto tilesOf = [](const GridLoad& of) { return of.selections * of.ifs * of.tiles; };
-    if (tilesOf(load) >= tilesOf(load_)) load_ = load;
+    if (load.selections > 0 && tilesOf(load) >= tilesOf(load_)) load_ = load;
   }
 
   void finish() {

@@ -142,6 +142,21 @@ TEST_F(PreFlightTest, AFileWithoutUsableDataIsNamed) {
   EXPECT_THAT(preFlightWarnings(result_, 1), Contains(HasSubstr("a.uvx: no visibility")));
 }
 
+TEST_F(PreFlightTest, AFileOfWhichNoFrequencyIsChosenTakesPartInNothing) {
+  test::UvxSample sample;
+  sample.selections = {{1, {1.4e9}}};
+  add("a.uvx", sample);
+  add("b.uvx", sample);
+  files_.setSelected(0, 0, false);
+  inspect(1);
+  EXPECT_EQ(result_.files[0].usable, 0u);
+  EXPECT_EQ(result_.files[1].usable, 2u);
+  EXPECT_EQ(result_.points, 2u);
+  files_.setSelected(1, 0, false);
+  inspect(1);
+  EXPECT_EQ(result_.points, 0u);
+}
+
 TEST_F(PreFlightTest, OnlyPointsOnTheGridCountForTheTerms) {
   test::UvxSample sample;
   sample.selections = {{1, {1.26e9, 1.4e9, 1.54e9}}};
