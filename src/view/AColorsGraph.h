@@ -26,8 +26,9 @@ using LimitChoice = std::variant<GivenLimits, PercentLimits, ValueLimits>;
 
 /// A map drawn in colours, with its beam in the lower left corner.
 ///
-/// The picture is coloured once per change of map, colours or scaling, in the size that is looked at: smaller by
-/// powers of two for a zoomed-out view. A frame only scales the visible part. Use from the user-interface thread.
+/// The picture is coloured once per change of map, colours or scaling, in the size that is looked at: smaller
+/// by powers of two for a zoomed-out view. A frame only scales the visible part. Use from the user-interface
+/// thread.
 class AColorsGraph : public ABMapGraph {
  public:
   AColorsGraph();
