@@ -20,8 +20,8 @@ struct GridLoad {
 /// Memory that LumoMakeWork takes, in bytes.
 struct ImagingMemory {
   std::uint64_t grids = 0;  ///< spectral grids, which are there throughout
-  std::uint64_t gridding =
-      0;  ///< beside them while gridding: work grids, sums for uniform weighting, buffers
+  /// Beside them while gridding: work grids, sums for uniform weighting, buffers.
+  std::uint64_t gridding = 0;
   std::uint64_t transform = 0;  ///< beside them afterwards: the image, buffers, and what is not given back
 
   [[nodiscard]] std::uint64_t peak() const { return grids + (gridding > transform ? gridding : transform); }
