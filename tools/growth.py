@@ -8,7 +8,6 @@ import json
 import os
 import shutil
 import sys
-import tempfile
 
 import load
 
@@ -100,17 +99,6 @@ class Growth:
                   ["transforms, s", "writing, s", "allocated, MB"], [(r[0], *r[2:]) for r in measured], lambda n: 3 * n - 1)
 
 
-def main():
-    parts = {"visibilities": Growth.visibilities, "iterations": Growth.iterations, "pixels": Growth.pixels,
-             "terms": Growth.terms}
-    if len(sys.argv) < 2 or any(word not in parts for word in sys.argv[2:]):
-        sys.exit("growth: call tools/growth.sh " + " ".join(f"[{part}]" for part in parts))
-    load.print_machine()
-    with tempfile.TemporaryDirectory(prefix="lumo-growth-", dir=os.environ.get("GROWTH_FOLDER")) as folder:
-        growth = Growth(sys.argv[1], folder, int(os.environ.get("GROWTH_REPEATS", "5")))
-        for word in sys.argv[2:] or parts:
-            parts[word](growth)
-
-
 if __name__ == "__main__":
-    main()
+    load.run_parts("growth", Growth, {"visibilities": Growth.visibilities, "iterations": Growth.iterations,
+                                      "pixels": Growth.pixels, "terms": Growth.terms}, 5)

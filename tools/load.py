@@ -221,16 +221,17 @@ class Load:
                   [("time, s", "s"), ("allocated, MB", "MB"), ("mapped, MB", "MB")], rows)
 
 
-def main():
-    parts = {"files": Load.files, "list": Load.in_list, "rows": Load.rows, "selections": Load.selections, "large": Load.large}
+def run_parts(name, make, parts, repeats):
+    """Measures the parts that the command line names after the build folder, all without a name; make: see Load."""
     if len(sys.argv) < 2 or any(word not in parts for word in sys.argv[2:]):
-        sys.exit("load: call tools/load.sh " + " ".join(f"[{part}]" for part in parts))
+        sys.exit(f"{name}: call tools/{name}.sh " + " ".join(f"[{part}]" for part in parts))
     print_machine()
-    with tempfile.TemporaryDirectory(prefix="lumo-load-", dir=os.environ.get("LOAD_FOLDER")) as folder:
-        load = Load(sys.argv[1], folder, int(os.environ.get("LOAD_REPEATS", "3")))
+    with tempfile.TemporaryDirectory(prefix=f"lumo-{name}-", dir=os.environ.get(f"{name.upper()}_FOLDER")) as folder:
+        made = make(sys.argv[1], folder, int(os.environ.get(f"{name.upper()}_REPEATS", repeats)))
         for word in sys.argv[2:] or parts:
-            parts[word](load)
+            parts[word](made)
 
 
 if __name__ == "__main__":
-    main()
+    run_parts("load", Load, {"files": Load.files, "list": Load.in_list, "rows": Load.rows, "selections": Load.selections,
+                             "large": Load.large}, 3)

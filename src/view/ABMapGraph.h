@@ -16,7 +16,7 @@ class ABMapGraph : public AGraph {
   /// `range`: x and y in arcseconds (see MapView::setMap); its value range becomes the colour limits. An
   /// unset value range stands for the smallest and largest finite pixel.
   void SetParameters(AMatrix<float> map, const TMinMax& range);
-  /// A map that others use too: it must not change as long as the graph has it.
+  /// A map that others use too, not null: it must not change as long as the graph has it.
   void SetParameters(std::shared_ptr<const AMatrix<float>> map, const TMinMax& range);
   /// Unit of the pixels, e.g. "Jy/beam".
   void setUnit(std::string unit);

@@ -20,7 +20,7 @@ QImage window(const QImage& image, const QRect& part) {
   return {first, part.width(), part.height(), image.bytesPerLine(), image.format()};
 }
 
-/// Length of half as many pixels, rounded up.
+/// A length in pixels halved so many times, rounded up each time.
 int halved(int length, int times) {
   for (; times > 0; --times) length = (length + 1) / 2;
   return length;
@@ -85,8 +85,8 @@ QImage AColorsGraph::image(int xDirection, int yDirection) const {
   return coloured;
 }
 
-/// The picture in the directions of the levels, its sides halved so many times. The whole picture is never in
-/// memory: that of a large map takes longer to get from the system than to colour.
+/// The picture in the directions of the levels, its sides halved so many times. Where it is reduced the whole
+/// one is never in memory: that of a large map takes longer to get from the system than to colour.
 QImage AColorsGraph::reduced(int halvings) const {
   const int width = static_cast<int>(map().map().columns());
   const int height = static_cast<int>(map().map().rows());
