@@ -30,7 +30,8 @@ std::string folded(const std::string& text) {
 }  // namespace
 
 PixelAxis pixelAxis(double min, double max, std::uint32_t count) {
-  const double middle = count / 2 + 1.0;
+  const std::uint32_t middlePixel = count / 2 + 1;
+  const double middle = middlePixel;
   if (!std::isfinite(min) || !std::isfinite(max) || min > max) return {middle, 1.0};
   double step = count > 1 ? (max - min) / (count - 1.0) : 1.0;
   if (!(step >= kSmallestStep && step < kLargestStep)) step = 1.0;

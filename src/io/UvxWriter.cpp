@@ -92,10 +92,10 @@ Status checkContent(const UvxContent& content) {
   const UvxShape& shape = content.shape;
   if (shape.ifs == 0 || shape.channels == 0 || shape.products == 0)
     return invalid("a UVX file needs at least one IF, channel and product");
-  constexpr std::uint64_t limit =
+  constexpr std::uint64_t kMostVisibilities =
       (std::numeric_limits<std::uint32_t>::max() - UvxRecord::kBytes) / kVisibilityBytes;
-  if (shape.ifs > limit || shape.channels > limit / shape.ifs ||
-      shape.products > limit / (std::uint64_t{shape.ifs} * shape.channels))
+  if (shape.ifs > kMostVisibilities || shape.channels > kMostVisibilities / shape.ifs ||
+      shape.products > kMostVisibilities / (std::uint64_t{shape.ifs} * shape.channels))
     return invalid("a group of so many IFs, channels and products is larger than UVX can hold");
   if (content.sources.empty()) return invalid("a UVX file needs a source");
   for (const AUVXSourceItem& source : content.sources)

@@ -118,19 +118,19 @@ Status checkImaging(const VisibilityInputs& inputs, ABMakeParameters& imaging) {
 
 }  // namespace
 
-std::vector<std::string> oldProductPaths(const RunParameters& p) {
+std::vector<std::string> oldProductPaths(const RunParameters& parameters) {
   std::vector<std::string> paths;
   for (std::int32_t i = 0; i < kRemovedIndices; ++i) {
-    paths.push_back(beamName(p.folder, p.prefix, i));
-    paths.push_back(dirtyMapName(p.folder, p.prefix, i));
-    paths.push_back(cleanName(p.folder, p.prefix, i));
-    paths.push_back(cleanResName(p.folder, p.prefix, i));
+    paths.push_back(beamName(parameters.folder, parameters.prefix, i));
+    paths.push_back(dirtyMapName(parameters.folder, parameters.prefix, i));
+    paths.push_back(cleanName(parameters.folder, parameters.prefix, i));
+    paths.push_back(cleanResName(parameters.folder, parameters.prefix, i));
   }
   // Without the "^" of today's names: an index map of an earlier run stays until it is replaced.
-  paths.push_back(p.folder + p.prefix + "sindex.exm");
-  paths.push_back(p.folder + p.prefix + "residual0.exm");
+  paths.push_back(parameters.folder + parameters.prefix + "sindex.exm");
+  paths.push_back(parameters.folder + parameters.prefix + "residual0.exm");
   // An error map would stand beside an index map that it does not belong to.
-  paths.push_back(indexErrorName(p.folder, p.prefix));
+  paths.push_back(indexErrorName(parameters.folder, parameters.prefix));
   return paths;
 }
 

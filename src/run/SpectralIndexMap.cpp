@@ -10,10 +10,10 @@
 namespace lumo {
 
 float spectralIndex(float zero, float first, const SpectralIndexRule& rule) {
-  constexpr float none = std::numeric_limits<float>::quiet_NaN();
-  if (!(std::abs(zero) >= rule.threshold)) return none;
+  constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+  if (!(std::abs(zero) >= rule.threshold)) return kNone;
   const float index = first / zero;
-  return index > rule.highest || !(index >= rule.lowest) ? none : index;
+  return index > rule.highest || !(index >= rule.lowest) ? kNone : index;
 }
 
 Status makeSpectralIndexMap(AMatrix<float>& zero, const AMatrix<float>& first,

@@ -84,7 +84,7 @@ ColourTable::ColourTable(ColourMap map)
 
 std::uint32_t ColourTable::colour(double t) const {
   if (std::isnan(t)) return nanColour_;
-  return colours_[static_cast<std::size_t>(std::clamp(t, 0.0, 1.0) * (kSize - 1) + 0.5)];
+  return colours_[static_cast<std::size_t>(std::lround(std::clamp(t, 0.0, 1.0) * (kSize - 1)))];
 }
 
 }  // namespace lumo

@@ -44,7 +44,8 @@ class LegendRows : public QCPLayoutElement {
     if (frame_ != nullptr)
       for (const auto& graph : frame_->graphs()) wanted += graph->legendLines();
     lines_ = wanted;
-    if (wanted > 0) lines_ = std::clamp(static_cast<int>(plotHeight / 3 / frame_->legendPitch()), 1, wanted);
+    const double room = plotHeight / 3.0;
+    if (wanted > 0) lines_ = std::clamp(static_cast<int>(room / frame_->legendPitch()), 1, wanted);
     isCut_ = lines_ < wanted;
     const int height = wanted > 0 ? static_cast<int>(std::ceil(place(0, lines_).height())) : 0;
     setMinimumSize(0, height);
