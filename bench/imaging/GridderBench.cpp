@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <stdexcept>
+#include <string>
 
 #include "TrackFile.h"
 #include "core/PhaseTimer.h"
@@ -55,7 +57,7 @@ double readAndSum(const std::string& path) {
 }
 
 /// Gridding and reading take turns. `rate` and `reading` count every channel of every IF as a visibility;
-/// opening, setting up and folding the grids are included.
+/// opening, setting up and folding the grids are included; the phases are shares of the gridding.
 void BM_Gridder_Tracks(benchmark::State& state) {
   const auto order = static_cast<std::int32_t>(state.range(3));
   const auto threads = static_cast<int>(state.range(4));
@@ -68,6 +70,7 @@ void BM_Gridder_Tracks(benchmark::State& state) {
   benchmark::DoNotOptimize(readAndSum(shelf.file->path()));
   double reading = 0;
   double gridding = 0;
+  std::map<std::string, double> phases;
   for (auto _ : state) {
     {
       const PhaseTimer timer(reading);
@@ -81,6 +84,7 @@ void BM_Gridder_Tracks(benchmark::State& state) {
                       indicators);
       if (gridder.run(grids) == 0) state.SkipWithError(gridder.status().text().c_str());
       benchmark::DoNotOptimize(grids.beams[0].data());
+      for (const PhaseTime& phase : gridder.phases()) phases[phase.name] += phase.seconds;
     }
     state.SetIterationTime(watch.seconds());
   }
@@ -88,6 +92,7 @@ void BM_Gridder_Tracks(benchmark::State& state) {
   state.counters["rate"] = done / gridding;
   state.counters["reading"] = done / reading;
   state.counters["ratio"] = reading / gridding;
+  for (const auto& [name, seconds] : phases) state.counters[name] = seconds / gridding;
 }
 BENCHMARK(BM_Gridder_Tracks)
     ->ArgNames({"kernel", "ifs", "channels", "order", "threads", "half-size"})

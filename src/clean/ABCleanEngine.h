@@ -20,7 +20,7 @@ struct CleanStep {
   std::uint32_t column = 0;
   double score = 0.0;
   std::vector<double> increments;  ///< D_0 .. D_{N-1}, map units
-  double residual = 0.0;  ///< R_0 there before the step, map units
+  double residual = 0.0;           ///< R_0 there before the step, map units
 };
 
 /// Joint CLEAN of the N dirty maps of a multi-frequency run. Engines differ in speed only: they give the same

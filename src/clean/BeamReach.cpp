@@ -79,7 +79,7 @@ void BeamReach::prepare(const APtrArray<AMatrix<float>*>& beams, const BeamNorm&
   entriesPerRow_ = (columns + kColumnsPerEntry - 1) / kColumnsPerEntry;
   table_.assign(entryRows * entriesPerRow_, 0.0F);
 
-  team.run(entryRows, [&](std::size_t entryRow) {
+  team.run(entryRows, [&](std::size_t entryRow, std::size_t /*member*/) {
     BlockReach block(beams, norm);
     for (std::size_t entry = 0; entry < entriesPerRow_; ++entry)
       table_[entryRow * entriesPerRow_ + entry] =

@@ -5,38 +5,23 @@
 
 namespace lumo {
 
-void TeamPacer::begin(Phase phase, double seconds) {
-  phase_ = phase;
-  start_ = seconds;
-  work_ = 0.0;
-  settled_ = phase == Phase::kKeep;
+void TeamPacer::shared(double all, double own, std::size_t ownParts, std::size_t parts) {
+  shared_ += all;
+  byOne_ += own * static_cast<double>(parts) / static_cast<double>(std::max<std::size_t>(ownParts, 1));
+  if (shared_ < kTrial) return;
+  together_ = shared_ < byOne_;
+  if (together_) {
+    leaveFor_ = kShortest;
+  } else {
+    left_ = leaveFor_;
+    leaveFor_ = std::min(2.0 * leaveFor_, kLongest);
+  }
+  shared_ = byOne_ = 0.0;
 }
 
-void TeamPacer::worked(double work, double seconds) {
-  if (phase_ == Phase::kBegin) return begin(Phase::kTryAlone, seconds);
-  work_ += work;
-  const double elapsed = seconds - start_;
-  if (elapsed < (settled_ ? kTrial : kSettling)) return;
-  if (!settled_) {
-    begin(phase_, seconds);
-    settled_ = true;
-    return;
-  }
-  const double rate = work_ / elapsed;
-  if (phase_ == Phase::kTryAlone) {
-    alone_ = rate;
-    return begin(Phase::kTryTogether, seconds);
-  }
-  if (phase_ == Phase::kTryTogether) {
-    const bool better = rate > alone_;
-    keepFor_ = better == keepTogether_ ? std::min(2.0 * keepFor_, kLongest) : kShortest;
-    keepTogether_ = better;
-    keptFor_ = 0.0;
-    return begin(Phase::kKeep, seconds);
-  }
-  keptFor_ += elapsed;
-  if (keptFor_ >= keepFor_ || (keepTogether_ && rate < alone_)) return begin(Phase::kTryAlone, seconds);
-  begin(Phase::kKeep, seconds);
+void TeamPacer::alone(double all) {
+  left_ -= all;
+  together_ = left_ <= 0.0;
 }
 
 }  // namespace lumo

@@ -128,7 +128,7 @@ void TiledCleanEngine::makeTiles() {
   bound_.assign(tiles_.size(), kInfinity);
   chosen_.reserve(tiles_.size());
   rivals_.reserve(tiles_.size());
-  pieces_.reserve(tiles_.size() + static_cast<std::size_t>(team_->size()) - 1);
+  pieces_.reserve(tiles_.size() * static_cast<std::size_t>(team_->size()));
 }
 
 void TiledCleanEngine::pointAtMaps() {
@@ -149,7 +149,7 @@ std::size_t TiledCleanEngine::workingBytes() const {
   return list_.bytes() + reach_.bytes() + tiles_.capacity() * sizeof(Tile) +
          (normBound_.capacity() + scoreBound_.capacity() + bound_.capacity()) * sizeof(double) +
          (rivals_.capacity() + chosen_.capacity()) * sizeof(std::uint32_t) +
-         pieces_.capacity() * sizeof(Piece);
+         pieces_.capacity() * sizeof(CleanTileBest);
 }
 
 void TiledCleanEngine::settle() {
@@ -196,9 +196,7 @@ void TiledCleanEngine::formBounds(const Gain& gain) {
 bool TiledCleanEngine::search(double gainValue, CleanStep& step) {
   if (tiled_ && !usable(gainValue)) givePlainWay();
   if (!tiled_) return PlainCleanEngine::search(gainValue, step);
-  if (team_->size() > 1) searchBegan_ = secondsNow();
   best_ = nullptr;
-  work_ = 0.0;
   formBounds(Gain(gainValue));
   chooseLargest(kLeaders);
   bringUpToDate(gainValue);
@@ -261,13 +259,14 @@ void TiledCleanEngine::bringUpToDate(double gain) {
   const double known = bestScore();
   updatePieces(gain);
   for (const std::uint32_t i : chosen_) tiles_[i].best = {};
-  for (const Piece& piece : pieces_) {
-    CleanTileBest& best = tiles_[piece.tile].best;
-    best.norm = std::max(best.norm, piece.best.norm);
-    if (!piece.best.found || (best.found && piece.best.score < best.score)) continue;
+  for (std::size_t p = 0; p < pieces_.size(); ++p) {
+    const CleanTileBest& piece = pieces_[p];
+    CleanTileBest& best = tiles_[chosen_[p / piecesPerTile_]].best;
+    best.norm = std::max(best.norm, piece.norm);
+    if (!piece.found || (best.found && piece.score < best.score)) continue;
     best.found = true;  // the pieces of a tile follow each other in scan order
-    best.score = piece.best.score;
-    best.offset = piece.best.offset;
+    best.score = piece.score;
+    best.offset = piece.offset;
   }
   for (const std::uint32_t i : chosen_) {
     Tile& tile = tiles_[i];
@@ -285,56 +284,57 @@ void TiledCleanEngine::bringUpToDate(double gain) {
   }
 }
 
-/// Shares the rows of the chosen tiles out, each thread getting as much to do.
+/// Subtracts what they lack from the chosen tiles and searches them.
 void TiledCleanEngine::updatePieces(double gain) {
-  std::size_t cost = 0;
-  for (const std::uint32_t i : chosen_) {
-    const CleanTileArea& area = tiles_[i].area;
-    pixelsSearched_ += static_cast<std::int64_t>(area.rows() * area.columns());
-    cost += area.rows() * rowCost(tiles_[i]);
-  }
-  work_ += static_cast<double>(cost);
-  const std::size_t members = sharing() ? static_cast<std::size_t>(team_->size()) : 1;
-  pieces_.assign(chosen_.size() + members - 1, Piece());
-  const auto share = [&](std::size_t member) {
-    updateShare(cost * member / members, cost * (member + 1) / members, pieces_.data() + member, gain);
+  for (const std::uint32_t i : chosen_)
+    pixelsSearched_ += static_cast<std::int64_t>(tiles_[i].area.rows() * tiles_[i].area.columns());
+  const bool shared = team_->size() > 1 && (!tiling_.paced || pacer_.together());
+  piecesPerTile_ = shared ? static_cast<std::size_t>(team_->size()) : 1;
+  pieces_.assign(chosen_.size() * piecesPerTile_, CleanTileBest());
+  const auto updateParts = [&](std::size_t part) {
+    for (std::size_t c = 0; c < chosen_.size(); ++c)
+      pieces_[c * piecesPerTile_ + part] = updatePiece(chosen_[c], part, gain);
   };
-  team_->run(members, std::ref(share));
-}
-
-/// Of one row, in pixels times passes.
-std::size_t TiledCleanEngine::rowCost(const Tile& tile) const {
-  return (list_.size() - tile.applied + 1) * tile.area.columns();
-}
-
-/// Subtracts what they lack from the rows of the chosen tiles before which rows of a cost of `from` to less
-/// than `to` lie.
-/// @param pieces gets the piece of each chosen tile at its place among them. Two members have no more than
-///   one tile in common, so that all pieces have a place of their own if each member's begin one after those
-///   of the member before.
-void TiledCleanEngine::updateShare(std::size_t from, std::size_t to, Piece* pieces, double gain) {
-  std::size_t before = 0;
-  for (std::size_t c = 0; c < chosen_.size(); ++c) {
-    const Tile& tile = tiles_[chosen_[c]];
-    const std::size_t perRow = rowCost(tile);
-    const std::size_t rows = tile.area.rows();
-    const auto rowAt = [&](std::size_t cost) {
-      const std::size_t row = cost <= before ? 0 : std::min(rows, (cost - before + perRow - 1) / perRow);
-      return tile.area.firstRow + static_cast<std::uint32_t>(row);
-    };
-    CleanTileArea area = tile.area;
-    area.firstRow = rowAt(from);
-    area.lastRow = rowAt(to);
-    before += rows * perRow;
-    if (area.firstRow == area.lastRow) continue;
-    pieces[c].tile = chosen_[c];
-    if (tiling_.rounding == CleanRounding::kOnce) {
-      pieces[c].best.norm = subtractLacking(area, tile.applied);
-    } else {
-      pieces[c].best =
-          updateCleanTile(maps_, area, list_.data() + tile.applied, list_.size() - tile.applied, gain);
-    }
+  if (team_->size() == 1) return updateParts(0);
+  const double start = secondsNow();
+  if (!shared) {
+    updateParts(0);
+    return pacer_.alone(secondsNow() - start);
   }
+  // What this thread did itself.
+  double from = start;
+  double to = start;
+  std::size_t parts = 0;
+  const auto share = [&](std::size_t part, std::size_t member) {
+    if (member == 0 && parts == 0) from = secondsNow();
+    updateParts(part);
+    if (member != 0) return;
+    to = secondsNow();
+    ++parts;
+  };
+  team_->run(piecesPerTile_, std::ref(share));
+  pacer_.shared(secondsNow() - start, to - from, parts, piecesPerTile_);
+}
+
+/// One part of a tile's rows: always the same ones, so that they stay in the cache of a member's processor.
+/// The longer parts of tiles whose rows do not divide evenly fall to the members in turn.
+CleanTileBest TiledCleanEngine::updatePiece(std::uint32_t index, std::size_t part, double gain) const {
+  const Tile& tile = tiles_[index];
+  const std::size_t rows = tile.area.rows();
+  const auto rowOf = [&](std::size_t n) {
+    return tile.area.firstRow +
+           static_cast<std::uint32_t>((rows * n + index % piecesPerTile_) / piecesPerTile_);
+  };
+  CleanTileArea area = tile.area;
+  area.firstRow = rowOf(part);
+  area.lastRow = rowOf(part + 1);
+  if (area.firstRow == area.lastRow) return {};
+  if (tiling_.rounding == CleanRounding::kOnce) {
+    CleanTileBest formed;
+    formed.norm = subtractLacking(area, tile.applied);
+    return formed;
+  }
+  return updateCleanTile(maps_, area, list_.data() + tile.applied, list_.size() - tile.applied, gain);
 }
 
 /// Subtracts the steps from `applied` on, merged.
@@ -434,10 +434,6 @@ void TiledCleanEngine::subtract(const CleanStep& step) {
     scoreBound_[step.row / tiling_.rows * tileColumns_ + step.column / tiling_.columns] = kInfinity;
   }
   list_.append(step);
-  if (team_->size() > 1) {
-    iterating_ += secondsNow() - searchBegan_;
-    pacer_.worked(work_, iterating_);
-  }
 }
 
 }  // namespace lumo

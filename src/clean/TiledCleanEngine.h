@@ -72,9 +72,9 @@ struct CleanTiling {
 /// - E is formed in double from terms of the size of (4 X + |c|)^2 that may cancel.
 /// C_0 itself enters E only at its own pixel: the tile of the last peak is always brought up to date.
 ///
-/// Threads share the rows of the tiles that are brought up to date together, one tile or many, so that each
-/// has as much to do: a row costs the steps that its tile lacks, and its search. They do so only while that
-/// is faster (TeamPacer): asking for as many as there are cores costs nothing on a busy machine.
+/// Threads share the rows of each tile that is brought up to date, a thread always the same ones. They do so
+/// only while that is faster (TeamPacer): asking for as many as there are cores costs nothing on a busy
+/// machine.
 ///
 /// Where the bounds do not hold the engine goes on as the plain one, from the iteration where it notices:
 /// more than kMaxTileTerms terms, values in maps or beams that are not finite, a beam matrix that is not
@@ -112,11 +112,6 @@ class TiledCleanEngine final : public PlainCleanEngine {
     double gain = 0.0;        ///< of the search that `best` is from
     double slope = 0.0;       ///< L of that gain
   };
-  /// What one thread found in those rows of a tile that it brought up to date.
-  struct Piece {
-    std::uint32_t tile = 0;
-    CleanTileBest best;
-  };
   struct Gain;
 
   [[nodiscard]] bool boundsHold();
@@ -128,7 +123,6 @@ class TiledCleanEngine final : public PlainCleanEngine {
   [[nodiscard]] double constrainedBound(std::size_t i, const Gain& gain) const;
   void formBounds(const Gain& gain);
   [[nodiscard]] bool raiseBounds(const CleanStep& step);
-  [[nodiscard]] bool sharing() const { return team_->size() > 1 && (!tiling_.paced || pacer_.together()); }
   [[nodiscard]] double bestScore() const { return best_ != nullptr ? best_->score : 0.0; }
   void chooseLargest(std::size_t count);
   void collectRivals();
@@ -136,8 +130,7 @@ class TiledCleanEngine final : public PlainCleanEngine {
   void chooseOverdue();
   void bringUpToDate(double gain);
   void updatePieces(double gain);
-  [[nodiscard]] std::size_t rowCost(const Tile& tile) const;
-  void updateShare(std::size_t from, std::size_t to, Piece* pieces, double gain);
+  [[nodiscard]] CleanTileBest updatePiece(std::uint32_t index, std::size_t part, double gain) const;
   [[nodiscard]] double subtractLacking(const CleanTileArea& area, std::size_t applied) const;
   [[nodiscard]] CleanTileBest searchMerged(std::size_t index, double gain, double known) const;
   void dropSubtracted();
@@ -159,15 +152,13 @@ class TiledCleanEngine final : public PlainCleanEngine {
   std::vector<double> scoreBound_;
   std::vector<double> bound_;
   CleanStepList list_;
-  std::vector<std::uint32_t> rivals_;    ///< tiles whose bound reaches the best score, largest first
-  std::vector<std::uint32_t> chosen_;    ///< tiles to bring up to date
-  std::vector<Piece> pieces_;            ///< of these
+  std::vector<std::uint32_t> rivals_;  ///< tiles whose bound reaches the best score, largest first
+  std::vector<std::uint32_t> chosen_;  ///< tiles to bring up to date
+  std::vector<CleanTileBest> pieces_;  ///< what each part of these holds, tile by tile
+  std::size_t piecesPerTile_ = 1;
   const CleanTileBest* best_ = nullptr;  ///< of the tiles searched in this iteration
   double mostNegative_ = 0.0;            ///< |c| of the most negative component of term 0 so far
   double partialSums_ = 1.0;             ///< roundings that a step can see in a sum of steps
-  double work_ = 0.0;                    ///< of this iteration, in pixels times passes
-  double searchBegan_ = 0.0;             ///< of this iteration, in seconds
-  double iterating_ = 0.0;               ///< seconds in iterations, without what observers took between them
   bool tiled_ = false;
   std::int64_t pixelsSearched_ = 0;
 };

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "core/PendingFile.h"
+#include "core/ReadAt.h"
 
 namespace lumo {
 
@@ -111,19 +112,7 @@ int AFile::Write(const void* bytes, std::size_t size) {
 Status AFile::readAt(std::uint64_t offset, void* bytes, std::size_t size) const {
   if (stream_ == nullptr || pending_ != nullptr)
     return {StatusCode::kReadFailed, "is not open for reading", name_};
-  const int descriptor = ::fileno(stream_);
-  auto* to = static_cast<char*>(bytes);
-  while (size > 0) {
-    const ssize_t got = ::pread(descriptor, to, size, static_cast<off_t>(offset));
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0)
-      return {StatusCode::kReadFailed, std::string("cannot be read: ") + std::strerror(errno), name_};
-    if (got == 0) return {StatusCode::kBadFormat, "ends before it should", name_};
-    to += got;
-    offset += static_cast<std::uint64_t>(got);
-    size -= static_cast<std::size_t>(got);
-  }
-  return {};
+  return lumo::readAt(::fileno(stream_), offset, bytes, size).about(name_);
 }
 
 int AFile::Rewind() {

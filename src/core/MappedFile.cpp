@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "core/ReadAt.h"
+
 namespace lumo {
 
 Status MappedFile::open(const std::string& name) {
@@ -62,6 +64,11 @@ Status MappedFile::check() const {
   if (!known || guard_.lost())
     return {StatusCode::kReadFailed, "cannot be read any more: its disk or network gives no data", name_};
   return {};
+}
+
+Status MappedFile::readAt(std::uint64_t offset, void* bytes, std::size_t size) const {
+  if (descriptor_ < 0) return {StatusCode::kReadFailed, "is not open for reading", name_};
+  return lumo::readAt(descriptor_, offset, bytes, size).about(name_);
 }
 
 void MappedFile::release(std::uint64_t begin, std::uint64_t end) const {

@@ -12,8 +12,8 @@ namespace lumo {
 
 /// A whole file mapped read-only into memory.
 ///
-/// Reading costs no copy, and pages that were read can be given back with release(), so that a sequential
-/// pass over a file larger than memory keeps only a small window of it resident.
+/// Reading through data() costs no copy, and pages that were read can be given back with release(), so that a
+/// sequential pass over a file larger than memory keeps only a small window of it resident.
 ///
 /// A file that another program cuts short, or that its disk no longer gives, reads as zeros from there on; so
 /// whoever takes bytes from it asks check() before relying on them.
@@ -32,6 +32,8 @@ class MappedFile {
   /// Whether everything that was read so far came from the file: kReadFailed when it is shorter than it was
   /// when opened, or could not be read. Costs a system call.
   [[nodiscard]] Status check() const;
+  /// Copies bytes from the file past the map, which costs less than pages that are mapped to be read once.
+  [[nodiscard]] Status readAt(std::uint64_t offset, void* bytes, std::size_t size) const;
   /// Gives the whole pages inside [begin, end) back to the system; they are read again when touched again.
   void release(std::uint64_t begin, std::uint64_t end) const;
 

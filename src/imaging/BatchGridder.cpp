@@ -49,6 +49,7 @@ BatchGridder::BatchGridder(const PointMaker& maker, const PointAdder& adder, con
       indicators_(indicators),
       team_(team),
       pool_(pool),
+      rooms_(static_cast<std::size_t>(team.size())),
       scratch_(static_cast<std::size_t>(team.size())) {}
 
 int BatchGridder::partsFor(std::size_t ifs, int threads) {
@@ -78,9 +79,10 @@ std::uint64_t BatchGridder::bufferBytes(std::size_t ifs, int threads) {
   return stretches * (sizeof(Stretch) + ifs * sizeof(Stretch::Means)) + lists * sizeof(PointList);
 }
 
-std::uint64_t BatchGridder::fileWindow(std::size_t ifs, int threads, std::uint64_t groupBytes,
-                                       std::uint64_t fileBytes) {
-  return std::min(fileBytes, kResidentBytes + blockGroups(ifs, threads) * groupBytes);
+std::uint64_t BatchGridder::fileWindow(std::size_t ifs, int threads, const FileFacts& file) {
+  if (StretchReader::copies(ifs, file.ifs, file.groupBytes))
+    return static_cast<std::uint64_t>(threads) * StretchReader::kRoomBytes;
+  return std::min(file.bytes, kResidentBytes + blockGroups(ifs, threads) * file.groupBytes);
 }
 
 void BatchGridder::makeRoom(std::size_t ifs, int parts) {
@@ -111,7 +113,7 @@ std::size_t BatchGridder::run(AUVXFile& file, const IfBatch& batch, std::uint64_
     for (; shown < end; shown = std::min(shown + step, end)) progress.SetPos(static_cast<double>(shown + 1));
     progress.SetPos(static_cast<double>(end));
     if (batch.index != nullptr && !batch.index->holds(begin, end, batch.selections)) continue;
-    const bool release = (end - released) * file.groupBytes() >= kResidentBytes;
+    const bool release = !job.reader.copies() && (end - released) * file.groupBytes() >= kResidentBytes;
     if (release) released = end;
     if (!gridBlock(job, begin, end, release) || !file.intact().ok()) return 0;
     leaveOut(job, workGridBytes);
@@ -133,10 +135,10 @@ void BatchGridder::leaveOut(Job& job, std::uint64_t workGridBytes) const {
 bool BatchGridder::gridBlock(const Job& job, std::uint64_t begin, std::uint64_t end, bool release) {
   std::atomic<bool> going{true};
   std::optional<PhaseTimer> timer(seconds_.read);
-  shareOut(team_, stretches_.size(), [&](std::size_t s, std::size_t /*member*/) {
+  shareOut(team_, stretches_.size(), [&](std::size_t s, std::size_t member) {
     const std::uint64_t first = std::min<std::uint64_t>(begin + s * Stretch::kCapacity, end);
     const std::uint64_t last = std::min<std::uint64_t>(first + Stretch::kCapacity, end);
-    if (!job.reader.read(first, last, job.ifs, stretches_[s])) going = false;
+    if (!job.reader.read(first, last, job.ifs, stretches_[s], rooms_[member])) going = false;
     for (std::size_t i = 0; job.parts > 1 && i < job.ifs; ++i) {
       PointList& points = points_[s * job.ifs + i];
       maker_.make(stretches_[s], i, job.batch, points);
@@ -165,7 +167,7 @@ void BatchGridder::addPoints(const Job& job, std::size_t i, int part, std::size_
       maker_.make(stretches_[s], i, job.batch, points);
       adder_.prepare(points);
     }
-    adder_.add(points, {&job.grids[i], job.batch.ifs}, part, scratch_[member]);
+    adder_.add(points, {&job.grids[i], job.batch.ifs, job.selections}, part, scratch_[member]);
   }
 }
 

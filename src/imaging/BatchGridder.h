@@ -44,10 +44,13 @@ class BatchGridder {
                                                 std::uint64_t workGridBytes);
   /// Memory of the buffers of a batch of so many IFs of a selection.
   [[nodiscard]] static std::uint64_t bufferBytes(std::size_t ifs, int threads);
-  /// How much of a file of `fileBytes` with groups of `groupBytes` a pass holds at most; the system can take
-  /// it back.
-  [[nodiscard]] static std::uint64_t fileWindow(std::size_t ifs, int threads, std::uint64_t groupBytes,
-                                                std::uint64_t fileBytes);
+  /// How much of a file a pass over `ifs` of its IFs holds at most; what it reads through the map the system
+  /// can take back.
+  struct FileFacts {
+    std::size_t ifs = 1;
+    std::uint64_t groupBytes = 0, bytes = 0;
+  };
+  [[nodiscard]] static std::uint64_t fileWindow(std::size_t ifs, int threads, const FileFacts& file);
 
   /// Grids the batch onto `grids`, which has an empty work grid for each (selection, IF), selections outer.
   /// When they take more than `workGridBytes` of the pool together (looked at after each block), the last
@@ -76,6 +79,7 @@ class BatchGridder {
   const RunIndicators& indicators_;
   ThreadTeam& team_;
   const TilePool& pool_;
+  std::vector<StretchReader::Room> rooms_;    ///< one for each member
   std::vector<Stretch> stretches_;            ///< of a block
   std::vector<PointList> points_;             ///< one for each member; with parts for each (stretch, IF)
   std::vector<PointAdder::Scratch> scratch_;  ///< one for each member

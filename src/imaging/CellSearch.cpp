@@ -21,6 +21,8 @@ using Mask = hn::Mask<Tag>;
 /// Of a cell: points farther inside than this miss the neighbouring cells whatever the rounding.
 constexpr double kClearly = 0.5 - 0x1p-30;
 
+static_assert(sizeof(WorkGrid::Cell) == 4 * sizeof(double));
+
 struct Place {
   Vector row, column;
   Mask nowhere;  ///< surely outside of every cell of the grid, and the conjugate point too
@@ -92,8 +94,9 @@ void searchAll(const GridGeometry& g, PointList& points) {
     hn::Store(hn::DemoteTo(di, hn::IfThenElse(place.inside, cell, other)), di, points.cell + i);
     const Vector weight = hn::Load(d, points.weight + i);
     const Vector im = hn::Load(d, points.im + i);
-    hn::Store(hn::Mul(weight, hn::Load(d, points.re + i)), d, points.weightedRe + i);
-    hn::Store(hn::Mul(weight, hn::IfThenElse(conjugate, hn::Neg(im), im)), d, points.weightedIm + i);
+    const Vector weightedRe = hn::Mul(weight, hn::Load(d, points.re + i));
+    const Vector weightedIm = hn::Mul(weight, hn::IfThenElse(conjugate, hn::Neg(im), im));
+    hn::StoreInterleaved4(weight, weightedRe, weightedIm, hn::Set(d, 1.0), d, &points.sums[i].weight);
   }
 }
 

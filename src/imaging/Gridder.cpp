@@ -185,7 +185,7 @@ void Gridder::fold(const IfBatch& batch, std::size_t count, SpectralGridSet& gri
         powersOf(batch.frequencies[i] * (1 / settings_.referenceFrequency) - 1, target.beams.size()));
   const std::int32_t rows = WorkGrid::Layout(geometry_).tileRows;
   const std::int32_t stretches = (rows + kFoldedTogether - 1) / kFoldedTogether;
-  team_->run(static_cast<std::size_t>(stretches), [&](std::size_t stretch) {
+  team_->run(static_cast<std::size_t>(stretches), [&](std::size_t stretch, std::size_t /*member*/) {
     const std::int32_t first = static_cast<std::int32_t>(stretch) * kFoldedTogether;
     // All IFs while the spectral grids' rows are in the cache.
     for (std::int32_t row = first; row < std::min(first + kFoldedTogether, rows); ++row)

@@ -18,11 +18,17 @@ namespace {
 /// system by itself.
 constexpr std::uint64_t kKept = std::uint64_t{64} << 20;
 
+/// IFs of a selection that share the first pass over the file.
+std::size_t ifsTogether(const GridGeometry& geometry, int threads, const GridLoad& load) {
+  const std::size_t most = BatchGridder::mostTogether(geometry, threads, LumoMakeWork::kWorkGridBytes);
+  return std::min(most, std::max<std::size_t>(load.ifs, 1));
+}
+
 std::uint64_t workGridBytes(const GridGeometry& geometry, int threads, const GridLoad& load) {
   constexpr std::uint64_t kTileBytes = std::uint64_t{WorkGrid::kTileCells} * sizeof(WorkGrid::Cell);
   const std::uint64_t pointers = WorkGrid::emptyBytes(geometry);
   const std::size_t most = BatchGridder::mostTogether(geometry, threads, LumoMakeWork::kWorkGridBytes);
-  const std::size_t ifs = std::min(most, std::max<std::size_t>(load.ifs, 1));
+  const std::size_t ifs = ifsTogether(geometry, threads, load);
   const std::uint64_t together = std::min(most, ifs * std::max<std::size_t>(load.selections, 1));
   if (load.tiles == 0) return pointers;
   // Each part of each grid has a piece that it has not filled yet.
@@ -46,7 +52,8 @@ ImagingMemory imagingMemory(const ABMakeParameters& parameters, std::int32_t ord
   memory.grids = SpectralGridSet::bytes(order, rows, columns);
   const std::uint64_t work = workGridBytes(geometry, threads, load);
   memory.gridding = work + BatchGridder::bufferBytes(load.ifs, threads) +
-                    BatchGridder::fileWindow(load.ifs, threads, load.groupBytes, load.fileBytes);
+                    BatchGridder::fileWindow(ifsTogether(geometry, threads, load), threads,
+                                             {load.ifs, load.groupBytes, load.fileBytes});
   if (parameters.weightingMode == kUniformWeighting)
     memory.gridding += std::uint64_t{rows} * columns * sizeof(double);
   // A grid is gone before its image is copied for the file, and the copy is half as large.

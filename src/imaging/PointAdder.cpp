@@ -108,7 +108,7 @@ class FootprintAdder : public PointAdder {
         if (k == 0) continue;
         const std::uint32_t cell = layout.cell(row, columns.first + static_cast<std::int32_t>(i));
         const double kw = k * s.weight;
-        grid.cell(cell, part).add(k, kw, kw * s.re, kw * s.im);
+        grid.cell(cell, part).add({kw, kw * s.re, kw * s.im, k});
       }
     }
   }
@@ -135,8 +135,16 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
   void prepare(PointList& points) const override { searchCells(geometry(), points); }
 
   void add(const PointList& points, const IfGrids& grids, int part, Scratch& scratch) const override {
-    const auto gridOf = [&](std::size_t i) -> WorkGrid& { return grids[points.selection[i]]; };
-    const int parts = grids.first->parts();
+    if (grids.selections == 1)
+      addAll(points, part, scratch, [&](std::size_t /*i*/) -> WorkGrid& { return *grids.first; });
+    else
+      addAll(points, part, scratch, [&](std::size_t i) -> WorkGrid& { return grids[points.selection[i]]; });
+  }
+
+ private:
+  template <typename GridOf>
+  void addAll(const PointList& points, int part, Scratch& scratch, const GridOf& gridOf) const {
+    const int parts = gridOf(0).parts();
     // All cells are on their way from memory before the first is needed.
     WorkGrid::Cell* cells[PointList::kCapacity];
     if (parts > 1) {
@@ -152,7 +160,6 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
     }
   }
 
- private:
   /// Null for a value that is no cell.
   static WorkGrid::Cell* find(std::int32_t cell, WorkGrid& grid, int part) {
     if (cell < 0) [[unlikely]]
@@ -165,7 +172,7 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
   void addOne(const PointList& points, std::size_t i, WorkGrid::Cell* cell, WorkGrid& grid, int part,
               Scratch& scratch) const {
     if (cell != nullptr) [[likely]]
-      cell->add(1.0, points.weight[i], points.weightedRe[i], points.weightedIm[i]);
+      cell->add(points.sums[i]);
     else if (points.cell[i] <= PointList::kTwins)
       addTwins(points, i, grid, part);
     else if (points.cell[i] == PointList::kUnclear)
@@ -173,13 +180,13 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
   }
 
   static void addTwins(const PointList& points, std::size_t i, WorkGrid& grid, int part) {
-    const auto addTo = [&](std::uint32_t cell, double im) {
-      if (grid.parts() == 1 || WorkGrid::partOf(cell, grid.parts()) == part)
-        grid.cell(cell, part).add(1.0, points.weight[i], points.weightedRe[i], im);
+    const auto addTo = [&](std::uint32_t cell, const WorkGrid::Cell& sum) {
+      if (grid.parts() == 1 || WorkGrid::partOf(cell, grid.parts()) == part) grid.cell(cell, part).add(sum);
     };
+    const WorkGrid::Cell& sum = points.sums[i];
     const auto cell = static_cast<std::uint32_t>(PointList::kTwins - points.cell[i]);
-    addTo(cell, points.weightedIm[i]);
-    addTo(grid.layout().oppositeCell(cell), -points.weightedIm[i]);
+    addTo(cell, sum);
+    addTo(grid.layout().oppositeCell(cell), {sum.weight, sum.re, -sum.im, sum.kernel});
   }
 
   /// The points that have something to add to the part's cells. Which they are looks random to the processor:

@@ -14,8 +14,9 @@ namespace lumo {
 
 /// The work grids of an IF's frequency selections.
 struct IfGrids {
-  WorkGrid* first = nullptr;  ///< of the first selection
-  std::size_t step = 0;       ///< from one selection's grid to the next one's
+  WorkGrid* first = nullptr;   ///< of the first selection
+  std::size_t step = 0;        ///< from one selection's grid to the next one's
+  std::size_t selections = 1;  ///< at least 1
   [[nodiscard]] WorkGrid& operator[](std::size_t selection) const { return first[selection * step]; }
 };
 

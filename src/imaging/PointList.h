@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "imaging/WorkGrid.h"
+
 namespace lumo {
 
 /// Some visibilities of one IF on their way into the work grids of their frequency selections, in the order
@@ -26,8 +28,7 @@ struct PointList {
   alignas(64) double im[kCapacity] = {};
   // Filled by searchCells: the only cell that a pill box reaches, and what it adds there; with kTwins, in the
   // opposite cell the conjugate of that.
-  alignas(64) double weightedRe[kCapacity] = {};
-  alignas(64) double weightedIm[kCapacity] = {};
+  alignas(64) WorkGrid::Cell sums[kCapacity] = {};
   alignas(64) std::int32_t cell[kCapacity] = {};  ///< WorkGrid::Layout's number, or one of the above
 };
 

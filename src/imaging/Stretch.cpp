@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "imaging/Stretch.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "io/UvxTables.h"
@@ -12,7 +13,9 @@ StretchReader::StretchReader(const AUVXFile& file, const IfBatch& batch, const C
       batch_(batch),
       cancel_(cancel),
       channels_(file.shape().channels),
-      channelBytes_(file.shape().products * sizeof(AUVXComplex)) {
+      channelBytes_(file.shape().products * sizeof(AUVXComplex)),
+      copies_(copies(batch.ifs, file.shape().ifs, file.groupBytes())),
+      atOnce_(copies_ ? kRoomBytes / file.groupBytes() : Stretch::kCapacity) {
   keepSelections(batch.selections.size());
 }
 
@@ -22,13 +25,32 @@ void StretchReader::keepSelections(std::size_t count) {
     selections_[static_cast<std::uint8_t>(batch_.selections[i])] = static_cast<std::int16_t>(i);
 }
 
-bool StretchReader::read(std::uint64_t begin, std::uint64_t end, std::size_t ifs, Stretch& stretch) const {
+bool StretchReader::read(std::uint64_t begin, std::uint64_t end, std::size_t ifs, Stretch& stretch,
+                         Room& room) const {
+  stretch.records = 0;
+  for (std::uint64_t first = begin; first < end; first += atOnce_)
+    if (!take(first, std::min(first + atOnce_, end), ifs, stretch, room)) return false;
+  return true;
+}
+
+/// First byte of group `begin`, which is followed by the others.
+const std::uint8_t* StretchReader::groups(std::uint64_t begin, std::uint64_t end, Room& room) const {
+  if (!copies_) return file_.groupAt(begin);
+  room.resize(kRoomBytes);
+  // What cannot be read is zeros in the map, and the file is not intact() any more.
+  return file_.copyGroups(begin, end, room.data()).ok() ? room.data() : file_.groupAt(begin);
+}
+
+bool StretchReader::take(std::uint64_t begin, std::uint64_t end, std::size_t ifs, Stretch& stretch,
+                         Room& room) const {
+  while (begin < end && !isMeant(begin)) ++begin;
+  while (begin < end && !isMeant(end - 1)) --end;
+  if (begin == end) return true;
+  const std::uint8_t* bytes = groups(begin, end, room);
   const auto source = static_cast<std::int16_t>(batch_.sourceId);
   const std::size_t firstBytes = static_cast<std::size_t>(batch_.first) * channels_ * channelBytes_;
-  stretch.records = 0;
-  for (std::uint64_t group = begin; group < end; ++group) {
-    if (batch_.index != nullptr && selectionOf((*batch_.index)[group]) == kNotMeant) continue;
-    const std::uint8_t* const bytes = file_.groupAt(group);
+  for (std::uint64_t group = begin; group < end; ++group, bytes += file_.groupBytes()) {
+    if (!isMeant(group)) continue;
     const UvxRecord record = UvxRecord::load(bytes);
     const std::int16_t selection = selectionOf(record.freqSel);
     if (record.source != source || selection == kNotMeant) continue;

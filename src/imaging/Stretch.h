@@ -53,13 +53,27 @@ struct Stretch {
 /// byte once and in order; several threads may read different stretches.
 class StretchReader {
  public:
+  /// Where a thread keeps bytes of the file while it reads a stretch.
+  using Room = std::vector<std::uint8_t>;
+  /// Bytes of a room: beside a stretch's means they stay in the second-level cache.
+  static constexpr std::size_t kRoomBytes = std::size_t{128} << 10;
+  /// Whether `ifs` of a file's IFs are read by copying groups: that is faster than pages that the system maps
+  /// one by one, unless most of the bytes are not needed or a group is larger than a room.
+  [[nodiscard]] static bool copies(std::size_t ifs, std::size_t fileIfs, std::uint64_t groupBytes) {
+    return groupBytes <= kRoomBytes && 2 * ifs >= fileIfs;
+  }
+
   /// The references must outlive the reader; `file` must stay open.
   StretchReader(const AUVXFile& file, const IfBatch& batch, const CancelFlag* cancel);
 
   /// Reads the groups begin .. end − 1, at most Stretch::kCapacity, averaging the first `ifs` IFs of the
   /// batch, for which `stretch` has room. Returns false as soon as it meets a group of the source and the
   /// selections with the cancel flag set.
-  [[nodiscard]] bool read(std::uint64_t begin, std::uint64_t end, std::size_t ifs, Stretch& stretch) const;
+  /// `room` is the calling thread's own.
+  [[nodiscard]] bool read(std::uint64_t begin, std::uint64_t end, std::size_t ifs, Stretch& stretch,
+                          Room& room) const;
+  /// Whether stretches are read by copying; otherwise through the file's map.
+  [[nodiscard]] bool copies() const { return copies_; }
   /// Leaves out all selections but the first `count` of the batch from now on.
   void keepSelections(std::size_t count);
 
@@ -69,6 +83,12 @@ class StretchReader {
   [[nodiscard]] std::int16_t selectionOf(std::int8_t id) const {
     return selections_[static_cast<std::uint8_t>(id)];
   }
+  [[nodiscard]] bool isMeant(std::uint64_t group) const {
+    return batch_.index == nullptr || selectionOf((*batch_.index)[group]) != kNotMeant;
+  }
+  [[nodiscard]] const std::uint8_t* groups(std::uint64_t begin, std::uint64_t end, Room& room) const;
+  [[nodiscard]] bool take(std::uint64_t begin, std::uint64_t end, std::size_t ifs, Stretch& stretch,
+                          Room& room) const;
   template <bool kTwoProducts>
   void average(const std::uint8_t* values, std::size_t ifs, Stretch& stretch) const;
 
@@ -78,6 +98,8 @@ class StretchReader {
   std::array<std::int16_t, 256> selections_;  ///< index in the batch's list, by the byte of the ID
   std::size_t channels_;
   std::size_t channelBytes_;
+  bool copies_;
+  std::uint64_t atOnce_;  ///< groups
 };
 
 }  // namespace lumo

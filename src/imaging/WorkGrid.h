@@ -33,11 +33,9 @@ class WorkGrid {
     double im = 0;
     double kernel = 0;
 
-    void add(double k, double kw, double kwRe, double kwIm) {
-      weight += kw;
-      re += kwRe;
-      im += kwIm;
-      kernel += k;
+    // All are read before the first is written, so that pairs of them can be added at once.
+    void add(const Cell& other) {
+      *this = {weight + other.weight, re + other.re, im + other.im, kernel + other.kernel};
     }
   };
 

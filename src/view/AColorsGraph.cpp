@@ -99,7 +99,7 @@ QImage AColorsGraph::reduced(int halvings) const {
   const auto stride = static_cast<std::size_t>(picture.bytesPerLine());
   std::atomic<bool> complete = true;
   ThreadTeam team(threadCount(0));
-  team.run(static_cast<std::size_t>(height / lines), [&](std::size_t part) {
+  team.run(static_cast<std::size_t>(height / lines), [&](std::size_t part, std::size_t /*member*/) {
     QImage some(width, lines, QImage::Format_RGB32);
     if (!some.isNull()) colourLines(some, static_cast<int>(part) * lines, levelsX_, levelsY_);
     for (int i = 1; i <= halvings && !some.isNull(); ++i)

@@ -8,49 +8,56 @@
 namespace lumo {
 namespace {
 
-/// Runs loops of 0.1 ms of work on one thread; `speed` tells the speed of a shared loop at a time.
-/// Returns the part of the loops from `from` on that was shared.
-double sharedPart(TeamPacer& pacer, double from, double to, const std::function<double(double)>& speed) {
+/// Runs loops that take one thread 0.1 ms, shared by two whose halves take 0.05 ms each; waiting(now) seconds
+/// pass besides. Returns the part of the time from `from` to `to` in which loops were shared.
+double sharedPart(TeamPacer& pacer, double from, double to, const std::function<double(double)>& waiting) {
   double now = 0.0;
-  int shared = 0;
-  int all = 0;
+  double sharing = 0.0;
   while (now < to) {
     const bool together = pacer.together();
-    now += 1e-4 / (together ? speed(now) : 1.0);
-    pacer.worked(1.0, now);
-    if (now < from) continue;
-    ++all;
-    if (together) ++shared;
+    const double took = together ? 5e-5 + waiting(now) : 1e-4;
+    if (together)
+      pacer.shared(took, 5e-5, 1, 2);
+    else
+      pacer.alone(took);
+    now += took;
+    if (together && now > from) sharing += took;
   }
-  return static_cast<double>(shared) / all;
+  return sharing / (to - from);
 }
 
-TEST(TeamPacerTest, SharesNearlyAllLoopsWhereThatIsFaster) {
+TEST(TeamPacerTest, SharesAllLoopsWhereThatIsFaster) {
   TeamPacer pacer;
-  EXPECT_GT(sharedPart(pacer, 5.0, 20.0, [](double) { return 1.3; }), 0.98);
+  EXPECT_GT(sharedPart(pacer, 0.0, 1.0, [](double) { return 3e-5; }), 0.999);
 }
 
 TEST(TeamPacerTest, SharesHardlyALoopWhereThatIsSlower) {
   TeamPacer pacer;
-  EXPECT_LT(sharedPart(pacer, 5.0, 20.0, [](double) { return 0.2; }), 0.02);
+  EXPECT_LT(sharedPart(pacer, 5.0, 20.0, [](double) { return 7e-5; }), 0.02);
+  EXPECT_GT(sharedPart(pacer, 5.0, 20.0, [](double) { return 7e-5; }), 0.0);
 }
 
-TEST(TeamPacerTest, GivesSharingUpWithinSomeTrialsWhenAnotherProgramTakesTheCores) {
+TEST(TeamPacerTest, AFewSlowLoopsAmongFastOnesDoNotCount) {
   TeamPacer pacer;
-  const auto taken = [](double now) { return now < 5.0 ? 1.9 : 0.1; };
-  EXPECT_LT(sharedPart(pacer, 5.0 + 4.0 * TeamPacer::kTrial, 5.5, taken), 0.1);
+  const auto now = [](double seconds) { return static_cast<int>(seconds * 1e3) % 100 == 0 ? 1e-3 : 1e-5; };
+  EXPECT_GT(sharedPart(pacer, 0.0, 5.0, now), 0.999);
+}
+
+TEST(TeamPacerTest, GivesSharingUpWhenAnotherProgramTakesTheCores) {
+  TeamPacer pacer;
+  const auto taken = [](double now) { return now < 5.0 ? 1e-5 : 3e-3; };
+  EXPECT_LT(sharedPart(pacer, 5.0 + 3.0 * TeamPacer::kTrial, 6.0, taken), 0.1);
 }
 
 TEST(TeamPacerTest, SharesAgainWhenTheCoresAreFreeAgain) {
   TeamPacer pacer;
-  const auto freed = [](double now) { return now < 5.0 ? 0.1 : 1.9; };
-  EXPECT_GT(sharedPart(pacer, 5.1 + TeamPacer::kLongest, 12.0, freed), 0.95);
+  const auto freed = [](double now) { return now < 5.0 ? 3e-3 : 1e-5; };
+  EXPECT_GT(sharedPart(pacer, 5.0 + TeamPacer::kLongest, 12.0, freed), 0.999);
 }
 
-TEST(TeamPacerTest, BeginsOnOneThread) {
+TEST(TeamPacerTest, LoopsOfWhichOneThreadDidAllPartsWereNotWorthSharing) {
   TeamPacer pacer;
-  EXPECT_FALSE(pacer.together());
-  pacer.worked(1.0, 100.0);
+  for (int i = 0; i < 100; ++i) pacer.shared(1.01e-4, 1e-4, 2, 2);
   EXPECT_FALSE(pacer.together());
 }
 

@@ -58,6 +58,22 @@ TEST(MappedFileTest, PagesGivenBackAreReadAgainWhenTouched) {
   EXPECT_TRUE(holds(file, bytes));
 }
 
+TEST(MappedFileTest, CopiesBytesOfTheFileAndRefusesThoseBehindItsEnd) {
+  const TempFolder folder;
+  const std::string bytes = content(10001);
+  writeFile(folder.file("x"), bytes);
+  MappedFile file;
+  std::string copy(3000, ' ');
+  EXPECT_EQ(file.readAt(0, copy.data(), copy.size()).code(), StatusCode::kReadFailed);
+  ASSERT_TRUE(file.open(folder.file("x")).ok());
+  ASSERT_TRUE(file.readAt(7001, copy.data(), copy.size()).ok());
+  EXPECT_EQ(copy, bytes.substr(7001));
+  const Status status = file.readAt(7002, copy.data(), copy.size());
+  EXPECT_EQ(status.code(), StatusCode::kBadFormat);
+  EXPECT_EQ(status.file(), folder.file("x"));
+  EXPECT_TRUE(file.readAt(10001, copy.data(), 0).ok());
+}
+
 TEST(MappedFileTest, ReleasingOnAClosedFileDoesNothing) {
   const MappedFile file;
   file.release(0, 1 << 20);

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <limits>
 #include <random>
 
@@ -108,6 +109,17 @@ TEST_F(AUVXFileTest, ExtentsLeaveOutFlaggedAndNonFiniteGroups) {
   ASSERT_EQ(file.Open(path, AFile::kRead), 1);
   EXPECT_EQ(file.uMin(), -2.0);
   EXPECT_EQ(file.uMax(), 5.0);
+}
+
+TEST_F(AUVXFileTest, CopiedGroupsAreThoseOfTheMap) {
+  const std::string path = sample(5);
+  AUVXFile file;
+  ASSERT_NE(file.Open(path, AFile::kRead), 0);
+  std::vector<std::uint8_t> copy(std::size_t{3} * file.groupBytes());
+  ASSERT_TRUE(file.copyGroups(1, 4, copy.data()).ok());
+  EXPECT_EQ(std::memcmp(copy.data(), file.groupAt(1), copy.size()), 0);
+  std::filesystem::resize_file(path, file.groupOffset() + std::uint64_t{3} * file.groupBytes());
+  EXPECT_FALSE(file.copyGroups(1, 4, copy.data()).ok());
 }
 
 TEST_F(AUVXFileTest, ReaderYieldsTheGroupsOfOneSourceAndSelection) {
