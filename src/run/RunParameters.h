@@ -26,7 +26,8 @@ struct RunParameters {
   /// Prepended to the prefix as it stands, so it ends in a separator unless it is to be part of the name. The
   /// default is the character 0, which names no folder.
   std::string folder = "0";
-  /// Let CLEAN round once where it may (CleanEngineKind::kMerged): faster, without the exact engine's last bits.
+  /// Let CLEAN round once where it may (CleanEngineKind::kMerged): faster, without the exact engine's last
+  /// bits.
   bool fastClean = false;
   bool indexError = false;  ///< make the error map of the spectral index too
 };

@@ -19,7 +19,8 @@ ScalePrefix scalePrefixFor(double largest) {
   int power = 0;
   while (power < kOutermost && size / std::pow(1000.0, power) >= 10000.0) ++power;
   while (power > -kOutermost && size / std::pow(1000.0, power) < 1.0) --power;
-  return {kSymbols[static_cast<std::size_t>(power + kOutermost)], std::pow(1000.0, power)};
+  const int symbol = power + kOutermost;
+  return {kSymbols[static_cast<std::size_t>(symbol)], std::pow(1000.0, power)};
 }
 
 std::string axisTitle(std::string_view pattern, const ScalePrefix& prefix) {

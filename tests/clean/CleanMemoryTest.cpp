@@ -29,9 +29,10 @@ TEST(CleanMemoryTest, TheEnginesHoldNoMoreThanIsTold) {
 
 TEST(CleanMemoryTest, MapsAndBeamsAreCountedOnceEach) {
   // Two residuals, two components, one restored map and the restoring beam of 4 bytes a pixel; three beams.
-  const std::uint64_t maps = 6 * 4 * 1024;
-  const std::uint64_t beams = 3 * 4 * 4096;
-  EXPECT_EQ(cleanMemory(2, 1024, 4096, 1), maps + beams + cleanEngineMemory(4 * 4 * 1024 + beams, 1));
+  const std::uint64_t maps = std::uint64_t{6} * 4 * 1024;
+  const std::uint64_t beams = std::uint64_t{3} * 4 * 4096;
+  EXPECT_EQ(cleanMemory(2, 1024, 4096, 1),
+            maps + beams + cleanEngineMemory(std::uint64_t{4} * 4 * 1024 + beams, 1));
 }
 
 }  // namespace

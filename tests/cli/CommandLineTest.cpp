@@ -133,10 +133,12 @@ TEST_F(CommandLineTest, JsonOfARunHasItsKeysAndNothingElseOnStandardOutput) {
   // Half a milliarcsecond to the west and 0.3 to the north lies in the map's middle now.
   LoadedMap map;
   ASSERT_TRUE(readMap(folder_.file("maps/MFS^dm0.exm"), map).ok());
+  const std::uint32_t halfColumns = map.matrix->columns() / 2;
+  const std::uint32_t halfRows = map.matrix->rows() / 2;
   const double cell = (map.range.xMax - map.range.xMin) / (map.matrix->columns() - 1);
-  EXPECT_NEAR(map.range.xMin + map.matrix->columns() / 2 * cell, -0.0005, 1e-9);
+  EXPECT_NEAR(map.range.xMin + halfColumns * cell, -0.0005, 1e-9);
   const double cellY = (map.range.yMax - map.range.yMin) / (map.matrix->rows() - 1);
-  EXPECT_NEAR(map.range.yMin + map.matrix->rows() / 2 * cellY, 0.0003, 1e-9);
+  EXPECT_NEAR(map.range.yMin + halfRows * cellY, 0.0003, 1e-9);
 }
 
 TEST_F(CommandLineTest, JsonOfAFailureHasTheError) {

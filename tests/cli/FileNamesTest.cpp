@@ -18,7 +18,6 @@ namespace {
 
 using test::Words;
 using testing::HasSubstr;
-using testing::Not;
 
 class FileNames : public testing::TestWithParam<std::string> {
  protected:

@@ -50,12 +50,14 @@ JetFigures describe(const test::TempFolder& folder) {
   // Cells are not square: each side follows the longest baseline in its direction.
   const double cellX = (flux.range.xMax - flux.range.xMin) / (map.columns() - 1);
   const double cellY = (flux.range.yMax - flux.range.yMin) / (map.rows() - 1);
+  const auto peakRow = static_cast<std::ptrdiff_t>(peakAt / map.columns());
+  const auto peakColumn = static_cast<std::ptrdiff_t>(peakAt % map.columns());
   double weight = 0, east = 0, north = 0, indexWeight = 0, indexSum = 0;
   for (std::size_t i = 0; i < map.size(); ++i) {
-    const double de =
-        (static_cast<double>(i % map.columns()) - static_cast<double>(peakAt % map.columns())) * cellX;
-    const double dn =
-        (static_cast<double>(i / map.columns()) - static_cast<double>(peakAt / map.columns())) * cellY;
+    const auto row = static_cast<std::ptrdiff_t>(i / map.columns());
+    const auto column = static_cast<std::ptrdiff_t>(i % map.columns());
+    const double de = static_cast<double>(column - peakColumn) * cellX;
+    const double dn = static_cast<double>(row - peakRow) * cellY;
     const double value = map.data()[i];
     if (value < 10 * figures.noise * peak || std::hypot(de, dn) < 1.5 * flux.header.beamMajor) continue;
     weight += value;

@@ -206,6 +206,7 @@ void MsBuilder::write(const std::string& path) const {
 
 /// casacore loses what it has opened when it throws on a table that is damaged; the address sanitizer calls
 /// this for the leaks that are known.
+// NOLINTNEXTLINE(bugprone-reserved-identifier,readability-identifier-naming): the sanitizer's name for it
 extern "C" const char* __lsan_default_suppressions() {
   return "leak:libcasa_casa\nleak:libcasa_tables\n";
 }

@@ -10,7 +10,6 @@ namespace {
 using test::MsBuilder;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 
 class MsImporterTest : public test::MsFixture {};
 

@@ -10,7 +10,6 @@
 namespace lumo {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 constexpr double kDegree = std::numbers::pi / 180;
@@ -69,7 +68,15 @@ std::vector<SetFacts> allSets() {
        86290.3,
        "DATA"},
       // 20 of 210 rows are autocorrelations; nothing is flagged.
-      {"ms-singles/ovro-lwa-2018.ms", 210, 20, {190}, {{1, 109, 4}}, 190 * 109 * 4, 27.384, 29.976, "DATA"},
+      {"ms-singles/ovro-lwa-2018.ms",
+       210,
+       20,
+       {190},
+       {{1, 109, 4}},
+       std::uint64_t{190} * 109 * 4,
+       27.384,
+       29.976,
+       "DATA"},
   };
 }
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "core/ThreadCount.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <thread>
+
+#include "core/ThreadCount.h"
 
 namespace lumo {
 namespace {

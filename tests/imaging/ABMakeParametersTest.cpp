@@ -120,7 +120,7 @@ TEST_F(ABMakeParametersTest, SetupRefusesASourceThatTheFileDoesNotHave) {
   ABMakeParameters p;
   EXPECT_EQ(p.Setup(file_, 2), 0);
   EXPECT_EQ(p.status().file(), folder_.file("a.uvx"));
-  EXPECT_NE(p.status().message().find("2"), std::string::npos);
+  EXPECT_NE(p.status().message().find('2'), std::string::npos);
   EXPECT_EQ(p.uvLimitU, 0);
 }
 

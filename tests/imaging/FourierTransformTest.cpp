@@ -180,8 +180,9 @@ double directPixel(const Grid& grid, int r, int c) {
   for (int k = 0; k <= nx; ++k) {
     std::complex<long double> column = 0;
     for (int s = 0; s < rows; ++s) {
+      const int fromMiddle = s - rows / 2;
       const long double angle =
-          -2 * std::numbers::pi_v<long double> * (s - rows / 2) * y / static_cast<long double>(rows);
+          -2 * std::numbers::pi_v<long double> * fromMiddle * y / static_cast<long double>(rows);
       column +=
           std::complex<long double>(grid(static_cast<std::uint32_t>(s), static_cast<std::uint32_t>(k))) *
           std::complex<long double>(std::cos(angle), std::sin(angle));
@@ -217,25 +218,26 @@ TEST(FourierTransformTest, IsTheDirectFourierSumOfTheHermitianGridWithTheOriginI
 
 TEST(FourierTransformTest, APhaseRampThatGrowsWithUAndVPutsThePeakToTheUpperRight) {
   // V = e^(+2 pi i (u l + v m)) of a source 5 pixels to the east and 3 to the north.
-  constexpr int nx = 16;
-  constexpr int rows = 32;
-  Grid grid(rows, nx + 1);
-  for (int s = 0; s < rows; ++s)
-    for (int k = 0; k < nx; ++k)
+  constexpr int kNx = 16;
+  constexpr int kRows = 32;
+  constexpr int kMiddle = kRows / 2;
+  Grid grid(kRows, kNx + 1);
+  for (int s = 0; s < kRows; ++s)
+    for (int k = 0; k < kNx; ++k)
       grid(static_cast<std::uint32_t>(s), static_cast<std::uint32_t>(k)) =
-          std::polar(1.0, 2 * std::numbers::pi * (5.0 * k / (2 * nx) + 3.0 * (s - rows / 2) / rows));
+          std::polar(1.0, 2 * std::numbers::pi * (5.0 * k / (2 * kNx) + 3.0 * (s - kMiddle) / kRows));
   const Image image = transformed(grid);
   std::uint32_t bestRow = 0;
   std::uint32_t bestColumn = 0;
-  for (std::uint32_t r = 0; r < rows; ++r) {
-    for (std::uint32_t c = 0; c < 2 * nx; ++c) {
+  for (std::uint32_t r = 0; r < kRows; ++r) {
+    for (std::uint32_t c = 0; c < 2 * kNx; ++c) {
       if (image(r, c) <= image(bestRow, bestColumn)) continue;
       bestRow = r;
       bestColumn = c;
     }
   }
-  EXPECT_EQ(bestRow, rows / 2 + 3u);
-  EXPECT_EQ(bestColumn, nx + 5u);
+  EXPECT_EQ(bestRow, kRows / 2 + 3u);
+  EXPECT_EQ(bestColumn, kNx + 5u);
 }
 
 TEST(FourierTransformTest, WithTwoRowsTheHalvesAreSwappedAndColumnsAreTransformedWithLengthTwo) {
@@ -255,28 +257,28 @@ TEST(FourierTransformTest, WithTwoRowsTheHalvesAreSwappedAndColumnsAreTransforme
 }
 
 TEST(FourierTransformTest, ARefusedRowCountLeavesTheColumnsUntransformedAndSwapsQuadrantsWithTheShorterR) {
-  constexpr std::uint32_t rows = 128;
-  constexpr std::uint32_t nx = 4;
-  Grid grid(rows, nx + 1);
-  for (std::uint32_t r = 0; r < rows; ++r) grid(r, 0) = r + 1.0;
+  constexpr std::uint32_t kRows = 128;
+  constexpr std::uint32_t kNx = 4;
+  Grid grid(kRows, kNx + 1);
+  for (std::uint32_t r = 0; r < kRows; ++r) grid(r, 0) = r + 1.0;
   const Image image = transformed(grid);
   // Each row is flat with its own value; the row halves were swapped, then the quadrants of the first 64
   // rows.
-  for (std::uint32_t r = 0; r < rows; ++r) {
+  for (std::uint32_t r = 0; r < kRows; ++r) {
     const std::uint32_t beforeQuadrants = r < 32 ? r + 32 : r < 64 ? r - 32 : r;
     const double expected = (beforeQuadrants + 64) % 128 + 1.0;
-    for (std::uint32_t c = 0; c < 2 * nx; ++c) ASSERT_NEAR(image(r, c), expected, 1e-13) << r;
+    for (std::uint32_t c = 0; c < 2 * kNx; ++c) ASSERT_NEAR(image(r, c), expected, 1e-13) << r;
   }
 }
 
 TEST(FourierTransformTest, ARefusedColumnCountLeavesThePackedRowsUntransformed) {
-  constexpr std::uint32_t nx = 64;
-  Grid grid(2, nx + 1);
+  constexpr std::uint32_t kNx = 64;
+  Grid grid(2, kNx + 1);
   grid(1, 5) = Complex(0.5, -2.0);
   const Image image = transformed(grid);
-  std::vector<Complex> packed(nx + 1);
+  std::vector<Complex> packed(kNx + 1);
   packed[5] = Complex(0.5, -2.0);
-  PackHermitianRow(packed.data(), nx, -1);
+  PackHermitianRow(packed.data(), kNx, -1);
   // Both rows hold v = 0's packed row; image columns 130 give C = 128 and the swap moves them by 64 columns.
   for (std::uint32_t c = 0; c < 128; ++c) {
     const Complex cell = packed[((c + 64) % 128) / 2];
@@ -306,7 +308,7 @@ TEST(FourierTransformTest, SendsAProgressValueOnlyWhenItsIntegerPercentChanges) 
     std::vector<int> expected = {0};
     int last = -1;
     for (int step = 1; step <= static_cast<int>(range); ++step) {
-      const int percent = static_cast<int>(step / range * 100 + 0.5);
+      const int percent = static_cast<int>(std::lround(step / range * 100));
       if (percent != last) expected.push_back(percent);
       last = percent;
     }

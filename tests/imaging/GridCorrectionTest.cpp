@@ -78,14 +78,14 @@ TEST(GridCorrectionTest, AGaussianGivesTheTransformOfTheGaussianCutAtOneWidth) {
   for (int j = 0; j < 51; ++j) {
     const double x = (-300 + j * 12) * kRadian;
     // Simpson's rule over -w .. w.
-    constexpr int n = 4000;
+    constexpr int kN = 4000;
     double area = 0;
     double sum = 0;
-    for (int i = 0; i <= n; ++i) {
-      const double u = -kCell + 2 * kCell * i / n;
-      const double weight = (i == 0 || i == n ? 1
-                             : i % 2 == 1     ? 4
-                                              : 2) *
+    for (int i = 0; i <= kN; ++i) {
+      const double u = -kCell + 2 * kCell * i / kN;
+      const double weight = (i == 0 || i == kN ? 1
+                             : i % 2 == 1      ? 4
+                                               : 2) *
                             std::exp(-4 * std::numbers::ln2 * u * u / (kCell * kCell));
       area += weight;
       sum += weight * std::cos(2 * kPiHere * u * x);

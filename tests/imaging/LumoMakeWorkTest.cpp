@@ -31,6 +31,8 @@ constexpr double kCell = 0x1p12;          // wavelengths
 constexpr double kCellSeconds = 0x1p-18;  // at kNu0
 constexpr int kNx = 32;
 constexpr int kNy = 16;
+constexpr int kHalfNx = kNx / 2;
+constexpr int kHalfNy = kNy / 2;
 constexpr double kRadian = std::numbers::pi / 648000;
 // Maps are stored in single precision; sums of a few hundred terms in double add nothing to that.
 constexpr double kSingle = 1e-6;
@@ -41,7 +43,7 @@ ABMakeParameters smallMaps() {
   p.halfSizeX = kNx;
   p.halfSizeY = kNy;
   p.uvLimitU = 2;
-  p.uvScaleU = kNx / 2 * kCell;
+  p.uvScaleU = kHalfNx * kCell;
   p.uvLimitV = 1;
   p.uvScaleV = kNy * kCell;
   return p;
@@ -227,7 +229,10 @@ TEST_F(LumoMakeWorkTest, TheProductsAreTheSameToTheBitForAnyNumberOfThreads) {
     std::vector<LoadedMap> maps;
     for (int k = 0; k < 2; ++k) maps.push_back(load("^dm", k));
     for (int k = 0; k < 3; ++k) maps.push_back(load("^bm", k));
-    if (threads == 1) expected = std::move(maps);
+    if (expected.empty()) {
+      expected = std::move(maps);
+      continue;
+    }
     for (std::size_t i = 0; i < maps.size(); ++i)
       EXPECT_EQ(std::memcmp(maps[i].matrix->data(), expected[i].matrix->data(),
                             maps[i].matrix->size() * sizeof(float)),
@@ -259,10 +264,10 @@ TEST_F(LumoMakeWorkTest, AxisRangesFollowThePixelSizeAndTheMapsTheShift) {
   EXPECT_NEAR(beam.yMin, -kNy * kPixelY, tolerance);
   EXPECT_NEAR(beam.yMax, (kNy - 1) * kPixelY, tolerance);
   const TMinMax map = load("^dm", 0).range;
-  EXPECT_NEAR(map.xMin, -kNx / 2 * kPixelX + 2.5, tolerance);
-  EXPECT_NEAR(map.xMax, (kNx / 2 - 1) * kPixelX + 2.5, tolerance);
-  EXPECT_NEAR(map.yMin, -kNy / 2 * kPixelY - 1.25, tolerance);
-  EXPECT_NEAR(map.yMax, (kNy / 2 - 1) * kPixelY - 1.25, tolerance);
+  EXPECT_NEAR(map.xMin, -kHalfNx * kPixelX + 2.5, tolerance);
+  EXPECT_NEAR(map.xMax, (kHalfNx - 1) * kPixelX + 2.5, tolerance);
+  EXPECT_NEAR(map.yMin, -kHalfNy * kPixelY - 1.25, tolerance);
+  EXPECT_NEAR(map.yMax, (kHalfNy - 1) * kPixelY - 1.25, tolerance);
 }
 
 TEST_F(LumoMakeWorkTest, BeamZeroIsExactlyOneAtItsCentre) {

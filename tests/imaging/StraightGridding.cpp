@@ -159,8 +159,8 @@ class StraightGridder {
   void weightUniformly() {
     const int rows = result_.rows;
     const int columns = result_.columns;
-    const int bh = p_.uniformBoxV > 0 ? static_cast<int>(1 / p_.uniformBoxV + 0.5) : rows;
-    const int bw = p_.uniformBoxU > 0 ? static_cast<int>(1 / p_.uniformBoxU + 0.5) : columns;
+    const int bh = p_.uniformBoxV > 0 ? static_cast<int>(std::lround(1 / p_.uniformBoxV)) : rows;
+    const int bw = p_.uniformBoxU > 0 ? static_cast<int>(std::lround(1 / p_.uniformBoxU)) : columns;
     for (int top = 0; top < rows; top += bh) {
       for (int left = 0; left < columns; left += bw) {
         std::vector<std::size_t> cells;

@@ -375,7 +375,7 @@ TEST(FitsMapReaderTest, DamagedHeadersNeverCrashAndNeverYieldMoreThanTheFileHold
   const TempFolder folder;
   const std::string whole = ownMap({});
   std::mt19937 random(20240607);
-  const std::string alphabet = "0123456789-+.EDT'= /ABNXISCR\0\xFF";
+  const std::string alphabet = std::string("0123456789-+.EDT'= /ABNXISCR\xFF") + '\0';
   int read = 0;
   for (int round = 0; round < 400; ++round) {
     std::string bytes = whole;

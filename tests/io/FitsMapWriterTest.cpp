@@ -147,9 +147,7 @@ TEST(FitsMapWriterTest, StokesFrameBandwidthAndBeamCardsFollowTheHeader) {
 
 TEST(FitsMapWriterTest, HistoryEntriesOfAnyLengthAndBytesRoundTripInPrintableCards) {
   AMapHeader header = fullHeader();
-  header.history = {"100 %", "%41", "ends in a blank ", "   starts with blanks",
-                    "Gr\xC3\xB6\xC3\x9F"
-                    "e\n\t\x01"};
+  header.history = {"100 %", "%41", "ends in a blank ", "   starts with blanks", "Gr\u00F6\u00DFe\n\t\x01"};
   for (const std::size_t length : {70U, 71U, 72U, 73U, 142U, 143U, 144U, 145U, 5000U})
     header.history.push_back(std::string(length, 'x'));
   for (std::size_t length = 60; length < 80; ++length)

@@ -32,75 +32,75 @@ class ParameterStoreTest : public testing::Test {
     UvxSample sample;
     sample.selections.clear();
     for (int i = 0; i < selections; ++i) sample.selections.push_back({i + 1, {1.4e9 + i * 1e8}});
-    writeUvx(data.file(name), sample);
-    return data.file(name);
+    writeUvx(data_.file(name), sample);
+    return data_.file(name);
   }
-  void load() { ParameterStore(home.path()).LoadParameters(parameters, files); }
+  void load() { ParameterStore(home_.path()).LoadParameters(parameters_, files_); }
   int save() {
-    RunParameters copy = parameters;
-    return ParameterStore(home.path()).SaveParameters(copy, files);
+    RunParameters copy = parameters_;
+    return ParameterStore(home_.path()).SaveParameters(copy, files_);
   }
-  [[nodiscard]] std::string ini() const { return home.file("ZELMFS.ini"); }
-  [[nodiscard]] std::string bin() const { return home.file("ZELMFS.bin"); }
+  [[nodiscard]] std::string ini() const { return home_.file("ZELMFS.ini"); }
+  [[nodiscard]] std::string bin() const { return home_.file("ZELMFS.bin"); }
   void list(const std::vector<std::string>& paths) {
     std::string text = "[ZELMFS-FILES]\nNUVX=" + std::to_string(paths.size()) + "\n";
     for (std::size_t i = 0; i < paths.size(); ++i) text += "UVX" + std::to_string(i) + "=" + paths[i] + "\n";
     writeFile(ini(), text);
   }
 
-  TempFolder home;
-  TempFolder data;
-  RunParameters parameters;
-  UvxFileList files;
+  TempFolder home_;
+  TempFolder data_;
+  RunParameters parameters_;
+  UvxFileList files_;
 };
 
 TEST_F(ParameterStoreTest, AFirstStartYieldsTheDefaults) {
-  parameters.iterations = 5;
-  parameters.prefix = "x";
-  parameters.nonNegative = parameters.variableGain = true;
-  parameters.folder = "y";
+  parameters_.iterations = 5;
+  parameters_.prefix = "x";
+  parameters_.nonNegative = parameters_.variableGain = true;
+  parameters_.folder = "y";
   load();
-  EXPECT_FALSE(files.hasFiles());
-  EXPECT_EQ(parameters.iterations, 1000);
-  EXPECT_EQ(parameters.indexThreshold, 0.01);
-  EXPECT_EQ(parameters.indexMin, -3.0);
-  EXPECT_EQ(parameters.indexMax, 3.0);
-  EXPECT_EQ(parameters.order, 2);
-  EXPECT_EQ(parameters.gain, 0.1);
-  EXPECT_EQ(parameters.referenceMhz, 0.0);
-  EXPECT_EQ(parameters.prefix, "MFS");
-  EXPECT_FALSE(parameters.nonNegative);
-  EXPECT_FALSE(parameters.variableGain);
-  EXPECT_EQ(parameters.folder, "0");
+  EXPECT_FALSE(files_.hasFiles());
+  EXPECT_EQ(parameters_.iterations, 1000);
+  EXPECT_EQ(parameters_.indexThreshold, 0.01);
+  EXPECT_EQ(parameters_.indexMin, -3.0);
+  EXPECT_EQ(parameters_.indexMax, 3.0);
+  EXPECT_EQ(parameters_.order, 2);
+  EXPECT_EQ(parameters_.gain, 0.1);
+  EXPECT_EQ(parameters_.referenceMhz, 0.0);
+  EXPECT_EQ(parameters_.prefix, "MFS");
+  EXPECT_FALSE(parameters_.nonNegative);
+  EXPECT_FALSE(parameters_.variableGain);
+  EXPECT_EQ(parameters_.folder, "0");
 }
 
 TEST_F(ParameterStoreTest, WhatIsSavedIsLoadedAgain) {
-  ASSERT_EQ(files.AddFile(make("a.uvx")), 1);
-  ASSERT_EQ(files.AddFile(make(" b ; \"c\".uvx")), 1);
-  ASSERT_EQ(files.changeCell(1), 1);
-  files.imaging().halfSizeX = 32;
-  files.imaging().shiftY = -0.1;
-  files.imaging().uvLimitU = 3.5;
-  parameters = {.iterations = 77,
-                .indexThreshold = 1.0 / 3.0,
-                .indexMin = -1.5,
-                .indexMax = 0.25,
-                .order = 3,
-                .gain = 0.05,
-                .referenceMhz = 1499.9999999999998,
-                .prefix = "a^;\"",
-                .nonNegative = true,
-                .variableGain = true,
-                .folder = "/some where/"};
+  ASSERT_EQ(files_.AddFile(make("a.uvx")), 1);
+  ASSERT_EQ(files_.AddFile(make(" b ; \"c\".uvx")), 1);
+  ASSERT_EQ(files_.changeCell(1), 1);
+  files_.imaging().halfSizeX = 32;
+  files_.imaging().shiftY = -0.1;
+  files_.imaging().uvLimitU = 3.5;
+  parameters_ = {.iterations = 77,
+                 .indexThreshold = 1.0 / 3.0,
+                 .indexMin = -1.5,
+                 .indexMax = 0.25,
+                 .order = 3,
+                 .gain = 0.05,
+                 .referenceMhz = 1499.9999999999998,
+                 .prefix = "a^;\"",
+                 .nonNegative = true,
+                 .variableGain = true,
+                 .folder = "/some where/"};
   ASSERT_EQ(save(), 1);
 
   RunParameters loaded;
   UvxFileList again;
-  ParameterStore store(home.path());
+  ParameterStore store(home_.path());
   store.LoadParameters(loaded, again);
   EXPECT_TRUE(store.status().ok()) << store.status().text();
   ASSERT_EQ(again.inputs().count(), 2);
-  EXPECT_EQ(again.inputs().names[1], data.file(" b ; \"c\".uvx"));
+  EXPECT_EQ(again.inputs().names[1], data_.file(" b ; \"c\".uvx"));
   EXPECT_EQ(again.inputs().selections[0](1), 0);
   EXPECT_EQ(again.inputs().selections[0].setCount(), 2);
   EXPECT_EQ(again.frequencies().number, 5);
@@ -122,42 +122,42 @@ TEST_F(ParameterStoreTest, WhatIsSavedIsLoadedAgain) {
 }
 
 TEST_F(ParameterStoreTest, TheProfileHasTheKeysInTheirOrder) {
-  ASSERT_EQ(files.AddFile(make("a.uvx")), 1);
-  parameters.folder = "/w/";
+  ASSERT_EQ(files_.AddFile(make("a.uvx")), 1);
+  parameters_.folder = "/w/";
   ASSERT_EQ(save(), 1);
-  EXPECT_EQ(readFile(ini()), "[ZELMFS-FILES]\nNUVX=1\nUVX0=" + data.file("a.uvx") +
+  EXPECT_EQ(readFile(ini()), "[ZELMFS-FILES]\nNUVX=1\nUVX0=" + data_.file("a.uvx") +
                                  "\nITER=1000\nPOROG=0.01\nMINRANGE=-3\nMAXRANGE=3\nORDER=2\nGAIN=0.1\n"
                                  "FQCENTER=0\nPREFIX=MFS\nNONREG=0\nVARGAIN=0\nFOLDER=/w/\n");
 }
 
 TEST_F(ParameterStoreTest, TheBinaryFileIsCountMasksAndBlock) {
-  ASSERT_EQ(files.AddFile(make("a.uvx", 3)), 1);
-  ASSERT_EQ(files.AddFile(make("b.uvx", 9)), 1);
-  ASSERT_EQ(files.changeCell(1), 1);
+  ASSERT_EQ(files_.AddFile(make("a.uvx", 3)), 1);
+  ASSERT_EQ(files_.AddFile(make("b.uvx", 9)), 1);
+  ASSERT_EQ(files_.changeCell(1), 1);
   ASSERT_EQ(save(), 1);
   // 14 doubles and 6 integers of the block after its mark.
   const std::string masks = int32Bytes(2) + int32Bytes(3) + '\x05' + int32Bytes(9) + "\xFF\x01";
   const std::string content = readFile(bin());
-  ASSERT_EQ(content.size(), masks.size() + 4 + 14 * 8 + 6 * 4);
+  ASSERT_EQ(content.size(), masks.size() + 4 + std::size_t{14} * 8 + std::size_t{6} * 4);
   EXPECT_EQ(content.substr(0, masks.size()), masks);
   EXPECT_EQ(content.substr(masks.size(), 4), "AMP1");
 }
 
 TEST_F(ParameterStoreTest, OrderIsAssignedTheResultOfItsWrite) {
-  parameters.order = 7;
-  ParameterStore store(home.path());
-  EXPECT_EQ(store.SaveParameters(parameters, files), 1);
-  EXPECT_EQ(parameters.order, 1);
+  parameters_.order = 7;
+  ParameterStore store(home_.path());
+  EXPECT_EQ(store.SaveParameters(parameters_, files_), 1);
+  EXPECT_EQ(parameters_.order, 1);
   EXPECT_EQ(Profile(ini()).GetProfileInt("ZELMFS-FILES", "ORDER", 0), 7);
-  ParameterStore nowhere(home.file("absent/"));
-  EXPECT_EQ(nowhere.SaveParameters(parameters, files), 0);
-  EXPECT_EQ(parameters.order, 0);
+  ParameterStore nowhere(home_.file("absent/"));
+  EXPECT_EQ(nowhere.SaveParameters(parameters_, files_), 0);
+  EXPECT_EQ(parameters_.order, 0);
 }
 
 TEST_F(ParameterStoreTest, ClosingWithAbcInTheGainFieldSavesZeroForGain) {
-  RunParameterTexts texts = textsOf(parameters);
+  RunParameterTexts texts = textsOf(parameters_);
   texts.gain = "abc";
-  takeUnchecked(texts, parameters);
+  takeUnchecked(texts, parameters_);
   ASSERT_EQ(save(), 1);
   EXPECT_EQ(Profile(ini()).GetProfileString("ZELMFS-FILES", "GAIN", ""), "0");
 }
@@ -165,32 +165,32 @@ TEST_F(ParameterStoreTest, ClosingWithAbcInTheGainFieldSavesZeroForGain) {
 TEST_F(ParameterStoreTest, AMissingFolderKeyGivesZeroEvenWhenFilesAreListed) {
   list({make("a.uvx")});
   load();
-  EXPECT_EQ(files.inputs().count(), 1);
-  EXPECT_EQ(parameters.folder, "0");
+  EXPECT_EQ(files_.inputs().count(), 1);
+  EXPECT_EQ(parameters_.folder, "0");
 }
 
 TEST_F(ParameterStoreTest, MoreFilesCountedThanListedSkipsTheBinaryFile) {
-  ASSERT_EQ(files.AddFile(make("a.uvx")), 1);
-  ASSERT_EQ(files.changeCell(1), 1);
+  ASSERT_EQ(files_.AddFile(make("a.uvx")), 1);
+  ASSERT_EQ(files_.changeCell(1), 1);
   ASSERT_EQ(save(), 1);
-  writeFile(ini(), "[ZELMFS-FILES]\nNUVX=3\nUVX0=" + data.file("a.uvx") + "\nITER=12\n");
+  writeFile(ini(), "[ZELMFS-FILES]\nNUVX=3\nUVX0=" + data_.file("a.uvx") + "\nITER=12\n");
   UvxFileList again;
-  ParameterStore store(home.path());
-  store.LoadParameters(parameters, again);
+  ParameterStore store(home_.path());
+  store.LoadParameters(parameters_, again);
   EXPECT_EQ(again.inputs().count(), 1);
   EXPECT_EQ(again.inputs().selections[0].setCount(), 3) << "the stored mask has two bits set";
-  EXPECT_EQ(parameters.iterations, 12);
+  EXPECT_EQ(parameters_.iterations, 12);
   EXPECT_EQ(store.status().code(), StatusCode::kNotFound);
 }
 
 TEST_F(ParameterStoreTest, AListedFileThatIsGoneSkipsTheBinaryFile) {
-  ASSERT_EQ(files.AddFile(make("a.uvx")), 1);
-  ASSERT_EQ(files.AddFile(make("b.uvx")), 1);
-  ASSERT_EQ(files.changeCell(0), 1);
+  ASSERT_EQ(files_.AddFile(make("a.uvx")), 1);
+  ASSERT_EQ(files_.AddFile(make("b.uvx")), 1);
+  ASSERT_EQ(files_.changeCell(0), 1);
   ASSERT_EQ(save(), 1);
-  ASSERT_TRUE(std::filesystem::remove(data.file("b.uvx")));
+  ASSERT_TRUE(std::filesystem::remove(data_.file("b.uvx")));
   UvxFileList again;
-  ParameterStore(home.path()).LoadParameters(parameters, again);
+  ParameterStore(home_.path()).LoadParameters(parameters_, again);
   ASSERT_EQ(again.inputs().count(), 1);
   EXPECT_EQ(again.inputs().selections[0].setCount(), 3);
 }
@@ -198,34 +198,34 @@ TEST_F(ParameterStoreTest, AListedFileThatIsGoneSkipsTheBinaryFile) {
 TEST_F(ParameterStoreTest, AHugeCountOfFilesEndsSoon) {
   writeFile(ini(), "[ZELMFS-FILES]\nNUVX=2147483647\nUVX0=" + make("a.uvx") + "\n");
   load();
-  EXPECT_EQ(files.inputs().count(), 1);
+  EXPECT_EQ(files_.inputs().count(), 1);
 }
 
 TEST_F(ParameterStoreTest, ANegativeCountOfFilesIsNone) {
   writeFile(ini(), "[ZELMFS-FILES]\nNUVX=-5\nUVX0=" + make("a.uvx") + "\n");
   load();
-  EXPECT_EQ(files.inputs().count(), 0);
+  EXPECT_EQ(files_.inputs().count(), 0);
 }
 
 TEST_F(ParameterStoreTest, AMissingBinaryFileLeavesMasksAndBlockAsAdded) {
   list({make("a.uvx")});
-  ParameterStore store(home.path());
-  store.LoadParameters(parameters, files);
-  EXPECT_EQ(files.inputs().selections[0].setCount(), 3);
-  EXPECT_EQ(files.imaging().halfSizeX, 256);
+  ParameterStore store(home_.path());
+  store.LoadParameters(parameters_, files_);
+  EXPECT_EQ(files_.inputs().selections[0].setCount(), 3);
+  EXPECT_EQ(files_.imaging().halfSizeX, 256);
   EXPECT_TRUE(store.status().ok()) << store.status().text();
 }
 
 TEST_F(ParameterStoreTest, AStoredCountThatDiffersFromTheFilesIsAcceptedAsItStands) {
-  ASSERT_EQ(files.AddFile(make("a.uvx")), 1);
-  ASSERT_EQ(files.AddFile(make("b.uvx")), 1);
+  ASSERT_EQ(files_.AddFile(make("a.uvx")), 1);
+  ASSERT_EQ(files_.AddFile(make("b.uvx")), 1);
   ASSERT_EQ(save(), 1);
   for (const std::vector<std::string>& listed :
-       {std::vector{data.file("a.uvx")},
-        std::vector{data.file("a.uvx"), data.file("b.uvx"), make("c.uvx"), make("d.uvx")}}) {
+       {std::vector{data_.file("a.uvx")},
+        std::vector{data_.file("a.uvx"), data_.file("b.uvx"), make("c.uvx"), make("d.uvx")}}) {
     list(listed);
     UvxFileList again;
-    ParameterStore(home.path()).LoadParameters(parameters, again);
+    ParameterStore(home_.path()).LoadParameters(parameters_, again);
     EXPECT_EQ(again.inputs().count(), static_cast<std::int32_t>(listed.size()));
     EXPECT_EQ(again.inputs().selections.count(), 2);
     EXPECT_EQ(again.idTable().rowCount(), 6);
@@ -236,11 +236,11 @@ TEST_F(ParameterStoreTest, AStoredCountThatDiffersFromTheFilesIsAcceptedAsItStan
 TEST_F(ParameterStoreTest, AnEmptyBinaryFileLeavesNoMasks) {
   list({make("a.uvx")});
   writeFile(bin(), "");
-  ParameterStore store(home.path());
-  store.LoadParameters(parameters, files);
-  EXPECT_EQ(files.inputs().selections.count(), 0);
-  EXPECT_EQ(files.frequencies().number, 0);
-  EXPECT_EQ(files.imaging().halfSizeX, 256);
+  ParameterStore store(home_.path());
+  store.LoadParameters(parameters_, files_);
+  EXPECT_EQ(files_.inputs().selections.count(), 0);
+  EXPECT_EQ(files_.frequencies().number, 0);
+  EXPECT_EQ(files_.imaging().halfSizeX, 256);
   EXPECT_FALSE(store.status().ok());
 }
 
@@ -249,18 +249,18 @@ class HostileBinary : public ParameterStoreTest, public testing::WithParamInterf
 TEST_P(HostileBinary, DoesNoHarm) {
   list({make("a.uvx"), make("b.uvx")});
   writeFile(bin(), GetParam());
-  ParameterStore store(home.path());
-  store.LoadParameters(parameters, files);
+  ParameterStore store(home_.path());
+  store.LoadParameters(parameters_, files_);
   EXPECT_FALSE(store.status().ok());
   EXPECT_EQ(store.status().file(), bin());
-  EXPECT_EQ(files.inputs().count(), 2);
-  EXPECT_EQ(files.imaging().halfSizeX, 256) << "the block keeps its defaults";
-  for (std::int64_t row = 0; row < files.idTable().rowCount(); ++row) {
-    EXPECT_FALSE(files.idTable().rowText(row).empty());
-    files.changeCell(row);
+  EXPECT_EQ(files_.inputs().count(), 2);
+  EXPECT_EQ(files_.imaging().halfSizeX, 256) << "the block keeps its defaults";
+  for (std::int64_t row = 0; row < files_.idTable().rowCount(); ++row) {
+    EXPECT_FALSE(files_.idTable().rowText(row).empty());
+    files_.changeCell(row);
   }
-  EXPECT_EQ(files.AddFile(make("c.uvx")), 1);
-  files.DeleteFile();
+  EXPECT_EQ(files_.AddFile(make("c.uvx")), 1);
+  files_.DeleteFile();
   EXPECT_EQ(save(), 1);
 }
 
@@ -278,18 +278,18 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(ParameterStoreTest, ABrokenProfileGivesDefaultsAndStaysAsItIs) {
   const std::string content("[ZELMFS-FILES]\nITER=5\n\0", 23);
   writeFile(ini(), content);
-  ParameterStore store(home.path());
-  store.LoadParameters(parameters, files);
-  EXPECT_EQ(parameters.iterations, 1000);
+  ParameterStore store(home_.path());
+  store.LoadParameters(parameters_, files_);
+  EXPECT_EQ(parameters_.iterations, 1000);
   EXPECT_EQ(store.status().file(), ini());
-  EXPECT_EQ(store.SaveParameters(parameters, files), 0);
+  EXPECT_EQ(store.SaveParameters(parameters_, files_), 0);
   EXPECT_EQ(readFile(ini()), content);
 }
 
 TEST_F(ParameterStoreTest, SavingRemovesWhatAKilledProgramLeft) {
-  writeFile(home.file(".lumo-0123456789abcdef.tmp"), "half");
+  writeFile(home_.file(".lumo-0123456789abcdef.tmp"), "half");
   EXPECT_EQ(save(), 1);
-  EXPECT_FALSE(test::exists(home.file(".lumo-0123456789abcdef.tmp")));
+  EXPECT_FALSE(test::exists(home_.file(".lumo-0123456789abcdef.tmp")));
 }
 
 TEST_F(ParameterStoreTest, FilesOfAnyNameAndAnyPrefixAreKept) {
@@ -306,25 +306,25 @@ TEST_F(ParameterStoreTest, FilesOfAnyNameAndAnyPrefixAreKept) {
                                           "#hash",
                                           std::string(255, 'n')};
   for (const std::string& name : names) {
-    files.AddFile(make(name));
-    parameters.prefix = name;
-    RunParameters copy = parameters;
-    ASSERT_EQ(ParameterStore(home.path()).SaveParameters(copy, files), 1) << name;
+    files_.AddFile(make(name));
+    parameters_.prefix = name;
+    RunParameters copy = parameters_;
+    ASSERT_EQ(ParameterStore(home_.path()).SaveParameters(copy, files_), 1) << name;
     UvxFileList loadedFiles;
     RunParameters loaded;
-    ParameterStore store(home.path());
+    ParameterStore store(home_.path());
     store.LoadParameters(loaded, loadedFiles);
     EXPECT_TRUE(store.status().ok()) << store.status().text();
     EXPECT_EQ(loaded.prefix, name);
-    ASSERT_EQ(loadedFiles.inputs().count(), files.inputs().count());
-    EXPECT_EQ(loadedFiles.inputs().names[files.inputs().count() - 1], data.file(name));
+    ASSERT_EQ(loadedFiles.inputs().count(), files_.inputs().count());
+    EXPECT_EQ(loadedFiles.inputs().names[files_.inputs().count() - 1], data_.file(name));
   }
 }
 
 TEST_F(ParameterStoreTest, AFailureToWriteTheBinaryFileLeavesTheProfileWritten) {
   std::filesystem::create_directory(bin());
-  ParameterStore store(home.path());
-  EXPECT_EQ(store.SaveParameters(parameters, files), 0);
+  ParameterStore store(home_.path());
+  EXPECT_EQ(store.SaveParameters(parameters_, files_), 0);
   EXPECT_EQ(store.status().code(), StatusCode::kWriteFailed);
   EXPECT_EQ(Profile(ini()).GetProfileInt("ZELMFS-FILES", "ITER", 0), 1000);
 }

@@ -41,10 +41,10 @@ class TextRecorder : public StatusText {
 // disc of uv points at 1.4, 1.5 and 1.6 GHz.
 class RunDriverTest : public testing::Test {
  protected:
-  RunDriverTest() : watcher(&cancel, nullptr, nullptr) {
-    parameters.referenceMhz = kReferenceMhz;
-    parameters.iterations = 150;
-    parameters.folder = work.path();
+  RunDriverTest() : watcher_(&cancel_, nullptr, nullptr) {
+    parameters_.referenceMhz = kReferenceMhz;
+    parameters_.iterations = 150;
+    parameters_.folder = work_.path();
     // The pixel is 206265 / (2 uvLimit uvScale) arcseconds, uvScale being the largest |u| in wavelengths.
     const double pixel = 1.0 / (2 * ABMakeParameters::kDefaultUvLimit * kLargestUv * 1.6e9);  // radians
     std::mt19937 random(11);
@@ -60,24 +60,24 @@ class RunDriverTest : public testing::Test {
       return std::polar(flux, 2 * std::numbers::pi * (u * kEast + v * kNorth) * pixel);
     };
     sample.selections = {{1, {1.4e9}}, {2, {1.5e9}}};
-    writeUvx(data.file("low.uvx"), sample);
+    writeUvx(data_.file("low.uvx"), sample);
     sample.selections = {{1, {1.6e9}}};
-    writeUvx(data.file("high.uvx"), sample);
-    files.AddFile(data.file("low.uvx"));
-    files.AddFile(data.file("high.uvx"));
-    files.imaging().halfSizeX = kColumns;
-    files.imaging().halfSizeY = kRows;
+    writeUvx(data_.file("high.uvx"), sample);
+    files_.AddFile(data_.file("low.uvx"));
+    files_.AddFile(data_.file("high.uvx"));
+    files_.imaging().halfSizeX = kColumns;
+    files_.imaging().halfSizeY = kRows;
   }
   RunReport run() {
     RunCompany company;
-    company.indicators = {.cancel = &cancel, .statusText = &text};
-    company.clean = &watcher;
-    company.discardAreas = [this] { ++discarded; };
-    return RunDriver(company).Run(parameters, files);
+    company.indicators = {.cancel = &cancel_, .statusText = &text_};
+    company.clean = &watcher_;
+    company.discardAreas = [this] { ++discarded_; };
+    return RunDriver(company).Run(parameters_, files_);
   }
   [[nodiscard]] LoadedMap load(const std::string& suffix) const {
     LoadedMap map;
-    EXPECT_TRUE(readMap(work.file("MFS" + suffix), map).ok()) << suffix;
+    EXPECT_TRUE(readMap(work_.file("MFS" + suffix), map).ok()) << suffix;
     return map;
   }
   static std::vector<std::string> names(const RunReport& report) {
@@ -86,14 +86,14 @@ class RunDriverTest : public testing::Test {
     return result;
   }
 
-  TempFolder data;
-  TempFolder work;
-  RunParameters parameters;
-  UvxFileList files;
-  CancelFlag cancel{0};
-  HeadlessCleanWatcher watcher;
-  TextRecorder text;
-  int discarded = 0;
+  TempFolder data_;
+  TempFolder work_;
+  RunParameters parameters_;
+  UvxFileList files_;
+  CancelFlag cancel_{0};
+  HeadlessCleanWatcher watcher_;
+  TextRecorder text_;
+  int discarded_ = 0;
 };
 
 TEST_F(RunDriverTest, ARunOfTwoTermsWritesEveryProductAndReportsThemInOrder) {
@@ -104,14 +104,14 @@ TEST_F(RunDriverTest, ARunOfTwoTermsWritesEveryProductAndReportsThemInOrder) {
                                          "^cln_res1.exm", "^freqrange.txt", "^sindex.exm"));
   for (const RunProduct& product : report.products) {
     EXPECT_TRUE(product.written) << product.path << product.why;
-    EXPECT_EQ(product.path, work.path() + "MFS" + product.name);
+    EXPECT_EQ(product.path, work_.path() + "MFS" + product.name);
     EXPECT_TRUE(test::exists(product.path)) << product.path;
   }
   EXPECT_EQ(report.iterations, 150);
   EXPECT_FALSE(report.stopped);
   EXPECT_EQ(report.survey.number, 3);
-  EXPECT_EQ(text.last, "Success");
-  EXPECT_EQ(discarded, 1);
+  EXPECT_EQ(text_.last, "Success");
+  EXPECT_EQ(discarded_, 1);
   EXPECT_DOUBLE_EQ(report.largestFrequencyOffset, std::abs(1.4e9 / 1.5e9 - 1));
 }
 
@@ -137,7 +137,7 @@ void expectPartsToAddUp(const PhaseTime& phase) {
 }
 
 TEST_F(RunDriverTest, TheTimeOfARunIsThatOfItsParts) {
-  files.imaging().weightingMode = kUniformWeighting;
+  files_.imaging().weightingMode = kUniformWeighting;
   const RunReport report = run();
   ASSERT_TRUE(report.status.ok()) << report.status.text();
   EXPECT_THAT(partsOf(report.time), ElementsAre("check", "inspect", "image", "clean", "index", "other"));
@@ -149,7 +149,7 @@ TEST_F(RunDriverTest, TheTimeOfARunIsThatOfItsParts) {
 }
 
 TEST_F(RunDriverTest, TheConditionToldBeforeTheRunIsThatOfTheBeamsItMakes) {
-  parameters.order = 3;
+  parameters_.order = 3;
   const RunReport report = run();
   ASSERT_TRUE(report.status.ok()) << report.status.text();
   std::vector<double> centres;
@@ -167,27 +167,27 @@ TEST_F(RunDriverTest, TheConditionToldBeforeTheRunIsThatOfTheBeamsItMakes) {
 }
 
 TEST_F(RunDriverTest, ARunThatCannotFitIntoMemoryIsRefusedBeforeAnythingIsTouched) {
-  test::writeFile(work.file("MFS^cln0.exm"), "of an earlier run");
+  test::writeFile(work_.file("MFS^cln0.exm"), "of an earlier run");
   RunCompany company;
-  company.clean = &watcher;
+  company.clean = &watcher_;
   MemoryRoom room;
   room.mostIs = "the memory of this machine";
   company.memory = [&room] { return room; };
-  company.discardAreas = [this] { ++discarded; };
+  company.discardAreas = [this] { ++discarded_; };
   bool told = false;
   company.tellPreFlight = [&told](const PreFlight&) { told = true; };
   // Two terms: five spectral grids of (2 kRows) x (kColumns + 1) complex numbers.
-  room.most = 5 * 2 * kRows * (kColumns + 1) * 16;
-  RunReport report = RunDriver(company).Run(parameters, files);
+  room.most = std::uint64_t{5} * 2 * kRows * (kColumns + 1) * 16;
+  RunReport report = RunDriver(company).Run(parameters_, files_);
   EXPECT_EQ(report.status.code(), StatusCode::kOutOfMemory);
   EXPECT_THAT(report.status.message(), testing::HasSubstr(bytesText(room.most)));
   EXPECT_THAT(report.status.message(), testing::HasSubstr("the memory of this machine"));
   EXPECT_FALSE(told);
-  EXPECT_EQ(discarded, 0);
-  EXPECT_EQ(test::readFile(work.file("MFS^cln0.exm")), "of an earlier run");
+  EXPECT_EQ(discarded_, 0);
+  EXPECT_EQ(test::readFile(work_.file("MFS^cln0.exm")), "of an earlier run");
   // Work grids come on top, but how many tiles they take is not certain before the run.
   room.most += std::uint64_t{100} << 20;
-  report = RunDriver(company).Run(parameters, files);
+  report = RunDriver(company).Run(parameters_, files_);
   EXPECT_TRUE(report.status.ok()) << report.status.text();
   EXPECT_TRUE(told);
 }
@@ -217,9 +217,9 @@ TEST_F(RunDriverTest, FindsTheFluxPlaceAndSpectralIndexOfAPointSource) {
 }
 
 TEST_F(RunDriverTest, ThresholdAndRangeOfTheIndexMapHold) {
-  parameters.indexThreshold = 0.3;
-  parameters.indexMin = -0.8;
-  parameters.indexMax = -0.6;
+  parameters_.indexThreshold = 0.3;
+  parameters_.indexMin = -0.8;
+  parameters_.indexMax = -0.6;
   ASSERT_TRUE(run().status.ok());
   const LoadedMap zero = load("^cln0.exm");
   const LoadedMap first = load("^cln1.exm");
@@ -243,7 +243,7 @@ TEST_F(RunDriverTest, ThresholdAndRangeOfTheIndexMapHold) {
 TEST_F(RunDriverTest, FastCleanGivesTheMapsOfTheExactOneButForRounding) {
   ASSERT_TRUE(run().status.ok());
   const LoadedMap exact = load("^cln0.exm");
-  parameters.fastClean = true;
+  parameters_.fastClean = true;
   ASSERT_TRUE(run().status.ok());
   const LoadedMap fast = load("^cln0.exm");
   EXPECT_THAT(fast.header.history, testing::Contains("FASTCLEAN = 1"));
@@ -258,12 +258,12 @@ TEST_F(RunDriverTest, FastCleanGivesTheMapsOfTheExactOneButForRounding) {
 }
 
 TEST_F(RunDriverTest, AnErrorMapIsMadeWhereAskedForAndHasValuesWhereTheIndexHas) {
-  parameters.indexError = true;
+  parameters_.indexError = true;
   const RunReport report = run();
   ASSERT_TRUE(report.status.ok()) << report.status.text();
   EXPECT_EQ(report.products.size(), 13u);
   EXPECT_EQ(report.products.back().name, "^sindex_err.exm");
-  EXPECT_EQ(text.last, "Success");
+  EXPECT_EQ(text_.last, "Success");
   const LoadedMap index = load("^sindex.exm");
   const LoadedMap error = load("^sindex_err.exm");
   int kept = 0;
@@ -276,40 +276,40 @@ TEST_F(RunDriverTest, AnErrorMapIsMadeWhereAskedForAndHasValuesWhereTheIndexHas)
 }
 
 TEST_F(RunDriverTest, TheErrorMapTakesAllTermsOfARunOfThree) {
-  parameters.indexError = true;
-  parameters.order = 3;
+  parameters_.indexError = true;
+  parameters_.order = 3;
   const RunReport report = run();
   ASSERT_TRUE(report.status.ok()) << report.status.text();
   EXPECT_EQ(report.products.back().name, "^sindex_err.exm");
 }
 
 TEST_F(RunDriverTest, AnErrorMapOfAnEarlierRunIsRemoved) {
-  test::writeFile(work.file("MFS^sindex_err.exm"), "of an earlier run");
+  test::writeFile(work_.file("MFS^sindex_err.exm"), "of an earlier run");
   ASSERT_TRUE(run().status.ok());
-  EXPECT_FALSE(test::exists(work.file("MFS^sindex_err.exm")));
+  EXPECT_FALSE(test::exists(work_.file("MFS^sindex_err.exm")));
 }
 
 TEST_F(RunDriverTest, AnErrorMapIsNotMadeFromAMapThatWasNotWritten) {
-  parameters.indexError = true;
-  std::filesystem::create_directories(work.file("MFS^cln_res1.exm/stays"));
+  parameters_.indexError = true;
+  std::filesystem::create_directories(work_.file("MFS^cln_res1.exm/stays"));
   const RunReport report = run();
   ASSERT_EQ(report.products.back().name, "^sindex_err.exm");
   EXPECT_FALSE(report.products.back().written);
-  EXPECT_FALSE(test::exists(work.file("MFS^sindex_err.exm")));
-  EXPECT_TRUE(test::exists(work.file("MFS^sindex.exm")));
-  EXPECT_NE(text.last, "Success");
+  EXPECT_FALSE(test::exists(work_.file("MFS^sindex_err.exm")));
+  EXPECT_TRUE(test::exists(work_.file("MFS^sindex.exm")));
+  EXPECT_NE(text_.last, "Success");
 }
 
 TEST_F(RunDriverTest, OrderOneHasNoIndexMapAndItsFrequencyLineEndsWithOne) {
-  test::writeFile(work.file("MFS^sindex.exm"), "of an earlier run");
-  parameters.order = 1;
+  test::writeFile(work_.file("MFS^sindex.exm"), "of an earlier run");
+  parameters_.order = 1;
   const RunReport report = run();
   ASSERT_TRUE(report.status.ok()) << report.status.text();
-  EXPECT_FALSE(test::exists(work.file("MFS^sindex.exm")));
-  EXPECT_EQ(test::readFile(work.file("MFS^freqrange.txt")), "1.4e+09 1.6e+09 1\n");
+  EXPECT_FALSE(test::exists(work_.file("MFS^sindex.exm")));
+  EXPECT_EQ(test::readFile(work_.file("MFS^freqrange.txt")), "1.4e+09 1.6e+09 1\n");
   EXPECT_THAT(names(report), ElementsAre("^bm0.exm", "^dm0.exm", "^residual0.exm", "^cln0.exm",
                                          "^cln_res0.exm", "^freqrange.txt"));
-  EXPECT_NE(text.last, "Success");
+  EXPECT_NE(text_.last, "Success");
 }
 
 TEST_F(RunDriverTest, TheMapsTellHowTheyWereMade) {
@@ -317,49 +317,49 @@ TEST_F(RunDriverTest, TheMapsTellHowTheyWereMade) {
   for (const char* suffix : {"^dm0.exm", "^cln1.exm", "^sindex.exm"}) {
     const std::vector<std::string> history = load(suffix).header.history;
     EXPECT_THAT(history, testing::Contains("ITER = 150")) << suffix;
-    EXPECT_THAT(history, testing::Contains("UVX1 = " + data.file("high.uvx"))) << suffix;
+    EXPECT_THAT(history, testing::Contains("UVX1 = " + data_.file("high.uvx"))) << suffix;
     EXPECT_THAT(history, testing::Contains("uvLimitU = 2")) << suffix;
   }
 }
 
 TEST_F(RunDriverTest, InvalidParametersTouchNothing) {
-  test::writeFile(work.file("MFS^cln0.exm"), "of an earlier run");
-  parameters.order = 4;
+  test::writeFile(work_.file("MFS^cln0.exm"), "of an earlier run");
+  parameters_.order = 4;
   const RunReport report = run();
   EXPECT_EQ(report.status.code(), StatusCode::kInvalidValue);
   EXPECT_TRUE(report.products.empty());
-  EXPECT_EQ(test::readFile(work.file("MFS^cln0.exm")), "of an earlier run");
-  EXPECT_EQ(discarded, 0);
+  EXPECT_EQ(test::readFile(work_.file("MFS^cln0.exm")), "of an earlier run");
+  EXPECT_EQ(discarded_, 0);
 }
 
 TEST_F(RunDriverTest, WhatAKilledRunLeftIsRemovedAndFilesOfOtherNamesStay) {
-  const std::string left = work.file(".lumo-0123456789abcdef.tmp");
+  const std::string left = work_.file(".lumo-0123456789abcdef.tmp");
   test::writeFile(left, "half");
-  test::writeFile(work.file("notes.tmp"), "of the user");
+  test::writeFile(work_.file("notes.tmp"), "of the user");
   EXPECT_TRUE(run().status.ok());
   EXPECT_FALSE(test::exists(left));
-  EXPECT_TRUE(test::exists(work.file("notes.tmp")));
+  EXPECT_TRUE(test::exists(work_.file("notes.tmp")));
 }
 
 TEST_F(RunDriverTest, AnInputThatCannotBeUsedTouchesNothing) {
-  test::writeFile(work.file("MFS^cln0.exm"), "of an earlier run");
-  std::filesystem::remove(data.file("high.uvx"));
+  test::writeFile(work_.file("MFS^cln0.exm"), "of an earlier run");
+  std::filesystem::remove(data_.file("high.uvx"));
   const RunReport report = run();
   EXPECT_EQ(report.status.code(), StatusCode::kNotFound);
-  EXPECT_EQ(report.status.file(), data.file("high.uvx"));
-  EXPECT_EQ(test::readFile(work.file("MFS^cln0.exm")), "of an earlier run");
+  EXPECT_EQ(report.status.file(), data_.file("high.uvx"));
+  EXPECT_EQ(test::readFile(work_.file("MFS^cln0.exm")), "of an earlier run");
 }
 
 TEST_F(RunDriverTest, ARunWithoutFilesEndsSilentlyAfterRemovingOldProducts) {
-  files.DeleteFile();
-  files.DeleteFile();
-  test::writeFile(work.file("MFS^cln0.exm"), "of an earlier run");
-  parameters.order = 1;
-  parameters.referenceMhz = files.frequencies().centerMhz();
+  files_.DeleteFile();
+  files_.DeleteFile();
+  test::writeFile(work_.file("MFS^cln0.exm"), "of an earlier run");
+  parameters_.order = 1;
+  parameters_.referenceMhz = files_.frequencies().centerMhz();
   const RunReport report = run();
   EXPECT_TRUE(report.status.ok()) << report.status.text();
   EXPECT_TRUE(report.products.empty());
-  EXPECT_FALSE(test::exists(work.file("MFS^cln0.exm")));
+  EXPECT_FALSE(test::exists(work_.file("MFS^cln0.exm")));
 }
 
 // Cancels as soon as the imaging shows its first text, the checks being done.
@@ -373,15 +373,15 @@ class Canceller : public StatusText {
 };
 
 TEST_F(RunDriverTest, ACancelWhileImagingEndsTheRunWithTheOldProductsGone) {
-  test::writeFile(work.file("MFS^cln0.exm"), "of an earlier run");
-  Canceller canceller(cancel);
+  test::writeFile(work_.file("MFS^cln0.exm"), "of an earlier run");
+  Canceller canceller(cancel_);
   RunCompany company;
-  company.indicators = {.cancel = &cancel, .statusText = &canceller};
-  company.clean = &watcher;
-  const RunReport report = RunDriver(company).Run(parameters, files);
+  company.indicators = {.cancel = &cancel_, .statusText = &canceller};
+  company.clean = &watcher_;
+  const RunReport report = RunDriver(company).Run(parameters_, files_);
   EXPECT_EQ(report.status.code(), StatusCode::kCancelled);
-  EXPECT_FALSE(test::exists(work.file("MFS^cln0.exm")));
-  EXPECT_FALSE(test::exists(work.file("MFS^freqrange.txt")));
+  EXPECT_FALSE(test::exists(work_.file("MFS^cln0.exm")));
+  EXPECT_FALSE(test::exists(work_.file("MFS^freqrange.txt")));
 }
 
 // Stops the worker before its first iteration.
@@ -398,7 +398,7 @@ TEST_F(RunDriverTest, AStoppedCleanStillWritesItsProducts) {
   Stopper stopper;
   RunCompany company;
   company.clean = &stopper;
-  const RunReport report = RunDriver(company).Run(parameters, files);
+  const RunReport report = RunDriver(company).Run(parameters_, files_);
   ASSERT_TRUE(report.status.ok()) << report.status.text();
   EXPECT_TRUE(report.stopped);
   EXPECT_EQ(report.iterations, 0);
@@ -408,10 +408,10 @@ TEST_F(RunDriverTest, AStoppedCleanStillWritesItsProducts) {
 }
 
 TEST_F(RunDriverTest, AProductThatCannotBeWrittenIsReportedAfterTheOthers) {
-  std::filesystem::create_directory(work.file("MFS^residual0.exm"));
+  std::filesystem::create_directory(work_.file("MFS^residual0.exm"));
   const RunReport report = run();
   EXPECT_EQ(report.status.code(), StatusCode::kWriteFailed);
-  EXPECT_EQ(report.status.file(), work.file("MFS^residual0.exm"));
+  EXPECT_EQ(report.status.file(), work_.file("MFS^residual0.exm"));
   ASSERT_EQ(report.products.size(), 12u);
   for (const RunProduct& product : report.products) {
     EXPECT_EQ(product.written, product.name != "^residual0.exm") << product.name;
@@ -420,33 +420,33 @@ TEST_F(RunDriverTest, AProductThatCannotBeWrittenIsReportedAfterTheOthers) {
 }
 
 TEST_F(RunDriverTest, AnIndexMapIsNotMadeFromACleanMapThatWasNotWritten) {
-  std::filesystem::create_directories(work.file("MFS^cln1.exm/stays"));
+  std::filesystem::create_directories(work_.file("MFS^cln1.exm/stays"));
   const RunReport report = run();
-  EXPECT_EQ(report.status.file(), work.file("MFS^cln1.exm"));
+  EXPECT_EQ(report.status.file(), work_.file("MFS^cln1.exm"));
   ASSERT_EQ(report.products.back().name, "^sindex.exm");
   EXPECT_FALSE(report.products.back().written);
-  EXPECT_NE(text.last, "Success");
+  EXPECT_NE(text_.last, "Success");
 }
 
 TEST_F(RunDriverTest, WithAnEmptyPrefixAndFolderZeroTheProductsLieInTheCurrentFolder) {
   const auto before = std::filesystem::current_path();
-  std::filesystem::current_path(work.path());
-  parameters.folder = "0";
-  parameters.prefix = "";
+  std::filesystem::current_path(work_.path());
+  parameters_.folder = "0";
+  parameters_.prefix = "";
   const RunReport report = run();
   std::filesystem::current_path(before);
   EXPECT_TRUE(report.status.ok()) << report.status.text();
-  EXPECT_TRUE(test::exists(work.file("0^cln0.exm")));
-  EXPECT_TRUE(test::exists(work.file("0^freqrange.txt")));
+  EXPECT_TRUE(test::exists(work_.file("0^cln0.exm")));
+  EXPECT_TRUE(test::exists(work_.file("0^freqrange.txt")));
 }
 
 TEST_F(RunDriverTest, MasksOfOtherLengthsThanTheTablesAreNoDanger) {
   AObjArray<ABitArray> masks(1);
   masks[0] = ABitArray(40);
   masks[0] = 1;
-  files.replaceSelections(masks);
-  files.imaging().halfSizeX = kColumns;
-  files.imaging().halfSizeY = kRows;
+  files_.replaceSelections(masks);
+  files_.imaging().halfSizeX = kColumns;
+  files_.imaging().halfSizeY = kRows;
   const RunReport report = run();
   EXPECT_TRUE(report.status.ok()) << report.status.text();
   EXPECT_EQ(report.survey.number, 2) << "the first file's two selections";

@@ -69,37 +69,38 @@ TEST(SpectralIndexMapTest, MapsOfDifferentSizesAreRefused) {
 
 class SpectralIndexFilesTest : public testing::Test {
  protected:
-  SpectralIndexFilesTest() : zero(2, 2), first(2, 2) {
-    header.unit = "Jy/Beam";
-    header.sourceName = "0235+164";
-    header.frequency = 1.5e9;
-    header.beamMajor = 4;
-    header.beamMinor = 3;
-    header.beamPa = 20;
-    range = {.xMin = -1, .xMax = 1, .yMin = -2, .yMax = 2, .vMin = -0.25, .vMax = 8};
+  SpectralIndexFilesTest() : zero_(2, 2), first_(2, 2) {
+    header_.unit = "Jy/Beam";
+    header_.sourceName = "0235+164";
+    header_.frequency = 1.5e9;
+    header_.beamMajor = 4;
+    header_.beamMinor = 3;
+    header_.beamPa = 20;
+    range_ = {.xMin = -1, .xMax = 1, .yMin = -2, .yMax = 2, .vMin = -0.25, .vMax = 8};
     const float zeros[] = {8.0f, 4.0f, 3.9999f, -4.0f};
     const float firsts[] = {-8.0f, 3.0f, 1.0f, 20.0f};
-    std::copy(std::begin(zeros), std::end(zeros), zero.data());
-    std::copy(std::begin(firsts), std::end(firsts), first.data());
+    std::copy(std::begin(zeros), std::end(zeros), zero_.data());
+    std::copy(std::begin(firsts), std::end(firsts), first_.data());
   }
   void write() {
-    ASSERT_TRUE(writeMap(files.zero, header, range, zero).ok());
-    ASSERT_TRUE(writeMap(files.first, header, range, first).ok());
+    ASSERT_TRUE(writeMap(files_.zero, header_, range_, zero_).ok());
+    ASSERT_TRUE(writeMap(files_.first, header_, range_, first_).ok());
   }
 
-  test::TempFolder folder;
-  SpectralIndexFiles files{folder.file("a^cln0.exm"), folder.file("a^cln1.exm"), folder.file("a^sindex.exm")};
-  AMapHeader header;
-  TMinMax range;
-  AMatrix<float> zero;
-  AMatrix<float> first;
+  test::TempFolder folder_;
+  SpectralIndexFiles files_{folder_.file("a^cln0.exm"), folder_.file("a^cln1.exm"),
+                            folder_.file("a^sindex.exm")};
+  AMapHeader header_;
+  TMinMax range_;
+  AMatrix<float> zero_;
+  AMatrix<float> first_;
 };
 
 TEST_F(SpectralIndexFilesTest, TheThresholdIsAFractionOfTheStoredMaximum) {
   write();
-  ASSERT_TRUE(writeSpectralIndexMap(files, 0.5, -3, 3).ok());
+  ASSERT_TRUE(writeSpectralIndexMap(files_, 0.5, -3, 3).ok());
   LoadedMap index;
-  ASSERT_TRUE(readMap(files.index, index).ok());
+  ASSERT_TRUE(readMap(files_.index, index).ok());
   EXPECT_EQ((*index.matrix)(0, 0), -1.0f);
   EXPECT_EQ((*index.matrix)(0, 1), 0.75f) << "4 is exactly half of the stored maximum 8";
   EXPECT_TRUE(std::isnan((*index.matrix)(1, 0)));
@@ -108,24 +109,24 @@ TEST_F(SpectralIndexFilesTest, TheThresholdIsAFractionOfTheStoredMaximum) {
 
 TEST_F(SpectralIndexFilesTest, HeaderAndRangesAreThoseOfTheZeroOrderMapButForTheUnit) {
   write();
-  ASSERT_TRUE(writeSpectralIndexMap(files, 0.5, -3, 3).ok());
+  ASSERT_TRUE(writeSpectralIndexMap(files_, 0.5, -3, 3).ok());
   LoadedMap index;
-  ASSERT_TRUE(readMap(files.index, index).ok());
+  ASSERT_TRUE(readMap(files_.index, index).ok());
   EXPECT_EQ(index.header.Unit(), "Sp. Index");
   EXPECT_EQ(index.header.kind, MapKind::kSpectralIndex);
   EXPECT_EQ(index.header.sourceName, "0235+164");
   EXPECT_EQ(index.header.frequency, 1.5e9);
   EXPECT_EQ(index.header.beamMajor, 4.0);
   EXPECT_EQ(index.header.beamPa, 20.0);
-  EXPECT_EQ(index.range, range);
+  EXPECT_EQ(index.range, range_);
 }
 
 TEST_F(SpectralIndexFilesTest, AMissingMapIsAReasonAndNothingIsWritten) {
-  ASSERT_TRUE(writeMap(files.zero, header, range, zero).ok());
-  const Status status = writeSpectralIndexMap(files, 0.5, -3, 3);
+  ASSERT_TRUE(writeMap(files_.zero, header_, range_, zero_).ok());
+  const Status status = writeSpectralIndexMap(files_, 0.5, -3, 3);
   EXPECT_FALSE(status.ok());
-  EXPECT_EQ(status.file(), files.first);
-  EXPECT_FALSE(test::exists(files.index));
+  EXPECT_EQ(status.file(), files_.first);
+  EXPECT_FALSE(test::exists(files_.index));
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ TEST(ClippedLineTest, LineInsideStaysOnePart) {
 TEST(ClippedLineTest, WhatReachesOutIsCutAtTheEdge) {
   const auto parts = clippedLine({{-10, 5}, {30, 5}}, kArea);
   ASSERT_EQ(parts.size(), 1U);
-  EXPECT_EQ(parts[0], QPolygonF({{0, 5}, {10, 5}}));
+  EXPECT_EQ(parts[0], QPolygonF(QList<QPointF>{{0, 5}, {10, 5}}));
 }
 
 TEST(ClippedLineTest, CutKeepsTheSlope) {

@@ -12,14 +12,14 @@ namespace {
 
 class ColourToolsTest : public testing::Test {
  protected:
-  ColourToolsTest() : tools(nullptr) {
-    graph.SetParameters(AMatrix<float>(2, 2), {0, 1, 0, 1, -1, 1});
-    tools.setGraph(&graph);
-    QObject::connect(&tools, &ColourTools::changed, &tools, [this] { ++changes; });
+  ColourToolsTest() : tools_(nullptr) {
+    graph_.SetParameters(AMatrix<float>(2, 2), {0, 1, 0, 1, -1, 1});
+    tools_.setGraph(&graph_);
+    QObject::connect(&tools_, &ColourTools::changed, &tools_, [this] { ++changes_; });
   }
 
   QToolButton* button(const QString& text) {
-    for (auto* one : tools.findChildren<QToolButton*>()) {
+    for (auto* one : tools_.findChildren<QToolButton*>()) {
       if (one->text() == text) return one;
     }
     return nullptr;
@@ -35,16 +35,16 @@ class ColourToolsTest : public testing::Test {
     return nullptr;
   }
 
-  AColorsGraph graph;
-  ColourTools tools;
-  int changes = 0;
+  AColorsGraph graph_;
+  ColourTools tools_;
+  int changes_ = 0;
 };
 
 TEST_F(ColourToolsTest, ChoosesTheColourMap) {
   ASSERT_NE(item("Colours", "Cool-warm"), nullptr);
   item("Colours", "Cool-warm")->trigger();
-  EXPECT_EQ(graph.colourMap(), ColourMap::kCoolWarm);
-  EXPECT_EQ(changes, 1);
+  EXPECT_EQ(graph_.colourMap(), ColourMap::kCoolWarm);
+  EXPECT_EQ(changes_, 1);
   EXPECT_TRUE(item("Colours", "Cool-warm")->isChecked());
   EXPECT_FALSE(item("Colours", "Inferno")->isChecked());
 }
@@ -52,19 +52,19 @@ TEST_F(ColourToolsTest, ChoosesTheColourMap) {
 TEST_F(ColourToolsTest, ChoosesTheScaling) {
   ASSERT_NE(item("Scaling", "Logarithmic"), nullptr);
   item("Scaling", "Logarithmic")->trigger();
-  EXPECT_EQ(graph.scaling().kind(), ScalingKind::kLogarithmic);
+  EXPECT_EQ(graph_.scaling().kind(), ScalingKind::kLogarithmic);
 }
 
 TEST_F(ColourToolsTest, ChoosesTheLimits) {
   EXPECT_TRUE(item("Limits", "As given")->isChecked());
   ASSERT_NE(item("Limits", "99.5 % of the pixels"), nullptr);
   item("Limits", "99.5 % of the pixels")->trigger();
-  EXPECT_EQ(graph.limitChoice(), LimitChoice(PercentLimits{99.5}));
+  EXPECT_EQ(graph_.limitChoice(), LimitChoice(PercentLimits{99.5}));
   EXPECT_FALSE(item("Limits", "As given")->isChecked());
 }
 
 TEST_F(ColourToolsTest, WithoutAGraphOnlySavingIsOffered) {
-  tools.setGraph(nullptr);
+  tools_.setGraph(nullptr);
   EXPECT_FALSE(button("Colours")->isEnabled());
   EXPECT_FALSE(button("Limits")->isEnabled());
   EXPECT_TRUE(button("Save picture...")->isEnabled());
@@ -72,7 +72,7 @@ TEST_F(ColourToolsTest, WithoutAGraphOnlySavingIsOffered) {
 
 TEST_F(ColourToolsTest, AsksForSaving) {
   int asked = 0;
-  QObject::connect(&tools, &ColourTools::saveRequested, &tools, [&asked] { ++asked; });
+  QObject::connect(&tools_, &ColourTools::saveRequested, &tools_, [&asked] { ++asked; });
   button("Save picture...")->click();
   EXPECT_EQ(asked, 1);
 }

@@ -11,12 +11,12 @@ namespace {
 
 class LimitsDlgTest : public testing::Test {
  protected:
-  LimitsDlgTest() : dialog({-1.0, 2.5}, nullptr) {}
+  LimitsDlgTest() : dialog_({-1.0, 2.5}, nullptr) {}
 
-  QLineEdit& field(int index) { return *dialog.findChildren<QLineEdit*>().at(index); }
-  [[nodiscard]] bool okEnabled() const { return dialog.findChildren<QPushButton*>().first()->isEnabled(); }
+  QLineEdit& field(int index) { return *dialog_.findChildren<QLineEdit*>().at(index); }
+  [[nodiscard]] bool okEnabled() const { return dialog_.findChildren<QPushButton*>().first()->isEnabled(); }
 
-  LimitsDlg dialog;
+  LimitsDlg dialog_;
 };
 
 TEST_F(LimitsDlgTest, StartsWithThePresentLimits) {
@@ -29,7 +29,7 @@ TEST_F(LimitsDlgTest, TakesWhatIsTyped) {
   field(0).setText(" 1e-3");
   field(1).setText("0.02");
   EXPECT_TRUE(okEnabled());
-  EXPECT_EQ(dialog.limits(), (ValueLimits{1e-3, 0.02}));
+  EXPECT_EQ(dialog_.limits(), (ValueLimits{1e-3, 0.02}));
 }
 
 TEST_F(LimitsDlgTest, RefusesWhatIsNoRange) {
@@ -37,7 +37,7 @@ TEST_F(LimitsDlgTest, RefusesWhatIsNoRange) {
     field(0).setText(text);
     EXPECT_FALSE(okEnabled()) << text;
   }
-  EXPECT_EQ(dialog.limits(), (ValueLimits{-1.0, 2.5}));
+  EXPECT_EQ(dialog_.limits(), (ValueLimits{-1.0, 2.5}));
 }
 
 }  // namespace
