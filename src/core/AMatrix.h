@@ -49,7 +49,8 @@ class AMatrix {
   void resize(std::uint32_t rows, std::uint32_t columns) {
     rows_ = rows;
     columns_ = columns;
-    data_.assign(static_cast<std::size_t>(rows) * columns, T{});
+    Storage().swap(data_);  // first, so that both are never there
+    Storage(static_cast<std::size_t>(rows) * columns).swap(data_);
   }
   /// Frees the storage; the matrix becomes 0 × 0.
   void clear() {

@@ -4,49 +4,64 @@
 #include <cstddef>
 #include <cstdlib>
 #include <new>
-
-#ifdef __linux__
-#include <sys/mman.h>
-#endif
+#include <type_traits>
+#include <utility>
 
 namespace lumo {
 
-/// Allocator that asks the system for large pages below blocks of kLeast bytes and more, which cost fewer
-/// page faults when they are filled and fewer address translations when they are read across their rows.
-/// Where the system has none to give, blocks are as any others.
+/// Zeroed memory from the system, which becomes real page by page when it is touched; null when there is
+/// none. With `large` it begins at a multiple of kLargePage and the system is asked for large pages.
+[[nodiscard]] void* takePages(std::size_t bytes, bool large);
+/// Gives all of it back.
+void giveBackPages(void* block, std::size_t bytes);
+
+constexpr std::size_t kLargePage = std::size_t{1} << 21U;
+
+/// Allocator for large arrays of numbers that begin as zeros: blocks of kLeast bytes and more come zeroed
+/// from the system, page by page when they are touched, so that a container of value-initialised elements
+/// costs nothing before it is used, and what is never used never becomes memory. The system is asked for
+/// large pages below blocks of kLarge bytes and more, which cost fewer page faults when they are filled and
+/// fewer address translations when they are read across their rows; where it has none to give, blocks are as
+/// any others.
+///
+/// For types that are zero where all their bytes are, as numbers and complex numbers.
 template <typename T>
 struct LargePages {
+  static_assert(std::is_trivially_copyable_v<T>);
   using value_type = T;
 
   LargePages() = default;
   template <typename U>
   explicit LargePages(const LargePages<U>& /*other*/) {}
 
-  static constexpr std::size_t kPage = std::size_t{1} << 21U;
-  static constexpr std::size_t kLeast = 2 * kPage;
+  static constexpr std::size_t kLarge = kLargePage;
+  static constexpr std::size_t kLeast = std::size_t{1} << 18U;
 
   /// Throws std::bad_alloc.
   [[nodiscard]] T* allocate(std::size_t count) {
     if (count > static_cast<std::size_t>(-1) / 2 / sizeof(T)) throw std::bad_alloc();
     const std::size_t bytes = count * sizeof(T);
-    const bool large = bytes >= kLeast;
-    void* const block =
-        large ? std::aligned_alloc(kPage, (bytes + kPage - 1) / kPage * kPage) : std::malloc(bytes);
+    void* const block = bytes < kLeast ? std::calloc(count, sizeof(T)) : takePages(bytes, bytes >= kLarge);
     if (block == nullptr) throw std::bad_alloc();
-#ifdef __linux__
-    // The pages that the block fills: a page that it shares would grow the process for nothing.
-    if (large) static_cast<void>(::madvise(block, bytes / kPage * kPage, MADV_HUGEPAGE));
-#endif
     return static_cast<T*>(block);
   }
 
-  void deallocate(T* block, std::size_t /*count*/) noexcept {
-    std::free(block);
+  void deallocate(T* block, std::size_t count) noexcept {
+    if (count * sizeof(T) < kLeast)
+      std::free(block);
+    else
+      giveBackPages(block, count * sizeof(T));
   }
 
-  friend bool operator==(const LargePages&, const LargePages&) {
-    return true;
+  /// Of a new element: it is zero already.
+  template <typename U>
+  void construct(U* /*place*/) {}
+  template <typename U, typename First, typename... More>
+  void construct(U* place, First&& first, More&&... more) {
+    ::new (static_cast<void*>(place)) U(std::forward<First>(first), std::forward<More>(more)...);
   }
+
+  friend bool operator==(const LargePages&, const LargePages&) { return true; }
 };
 
 }  // namespace lumo

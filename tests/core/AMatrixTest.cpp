@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <complex>
+#include <fstream>
 #include <utility>
 
 #include "core/AMatrix.h"
@@ -108,19 +109,40 @@ TEST(TMinMaxTest, HoldsSixDoublesHorizontalVerticalValuesAndStartsUnset) {
 }
 
 TEST(AMatrixTest, LargeMatricesStartAtZeroAndKeepTheirElements) {
-  constexpr std::uint32_t kRows = 1500;
-  AMatrix<float> matrix(kRows, 1000);
-  ASSERT_GE(matrix.size() * sizeof(float), LargePages<float>::kLeast);
-  for (std::size_t i = 0; i < matrix.size(); ++i) ASSERT_EQ(matrix.data()[i], 0.0F) << i;
-  matrix(kRows - 1, 999) = 7.0F;
-  const AMatrix<float> copy(matrix);
-  matrix.resize(10, 10);
-  EXPECT_EQ(copy(kRows - 1, 999), 7.0F);
-  matrix = copy;
-  EXPECT_EQ(matrix(kRows - 1, 999), 7.0F);
-  matrix.clear();
-  EXPECT_EQ(matrix.size(), 0u);
+  // In small pages, and in large ones with some bytes more.
+  for (const std::uint32_t rows : {100U, 1500U}) {
+    AMatrix<float> matrix(rows, 1000);
+    ASSERT_GE(matrix.size() * sizeof(float), LargePages<float>::kLeast);
+    ASSERT_EQ(matrix.size() * sizeof(float) >= LargePages<float>::kLarge, rows == 1500U);
+    for (std::size_t i = 0; i < matrix.size(); ++i) ASSERT_EQ(matrix.data()[i], 0.0F) << i;
+    matrix(rows - 1, 999) = 7.0F;
+    const AMatrix<float> copy(matrix);
+    matrix.resize(rows, 1000);
+    for (std::size_t i = 0; i < matrix.size(); ++i) ASSERT_EQ(matrix.data()[i], 0.0F) << i;
+    EXPECT_EQ(copy(rows - 1, 999), 7.0F);
+    matrix = copy;
+    EXPECT_EQ(matrix(rows - 1, 999), 7.0F);
+    matrix.clear();
+    EXPECT_EQ(matrix.size(), 0u);
+  }
 }
+
+#ifdef __linux__
+TEST(AMatrixTest, WhatIsNotTouchedTakesNoMemory) {
+  const auto residentPages = [] {
+    std::int64_t size = 0;
+    std::int64_t resident = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident;
+  };
+  const std::int64_t before = residentPages();
+  AMatrix<double> matrix(8192, 8192);
+  matrix(4000, 4000) = 1.0;
+  // A large page at most, and what the test itself needs: 512 MB would be 131 072 pages of 4 kB.
+  EXPECT_LT(residentPages() - before, 4096);
+  EXPECT_EQ(matrix(4000, 4001), 0.0);
+}
+#endif
 
 }  // namespace
 }  // namespace lumo

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "core/LargePages.h"
+
+#ifdef __linux__
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
+
+namespace lumo {
+
+#ifdef __linux__
+
+void* takePages(std::size_t bytes, bool large) {
+  const std::size_t spare = large ? kLargePage : 0;
+  if (bytes > static_cast<std::size_t>(-1) - 2 * kLargePage) return nullptr;
+  void* const mapped =
+      ::mmap(nullptr, bytes + spare, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (mapped == MAP_FAILED) return nullptr;
+  if (!large) return mapped;
+  // What lies before the first large page and behind the block is given back.
+  auto* const begin = static_cast<std::byte*>(mapped);
+  const std::size_t before = (kLargePage - reinterpret_cast<std::size_t>(begin) % kLargePage) % kLargePage;
+  if (before != 0) ::munmap(begin, before);
+  std::byte* const block = begin + before;
+  const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  ::munmap(block + (bytes + page - 1) / page * page, spare - before);
+  // The pages that the block fills: a page that it shares would grow the process for nothing.
+  static_cast<void>(::madvise(block, bytes / kLargePage * kLargePage, MADV_HUGEPAGE));
+  return block;
+}
+
+void giveBackPages(void* block, std::size_t bytes) {
+  ::munmap(block, bytes);
+}
+
+#else
+
+void* takePages(std::size_t bytes, bool /*large*/) {
+  return std::calloc(bytes, 1);
+}
+
+void giveBackPages(void* block, std::size_t /*bytes*/) {
+  std::free(block);
+}
+
+#endif
+
+}  // namespace lumo
