@@ -86,9 +86,9 @@ TEST_F(PreFlightRunTest, TheMemoryToldIsNotExceededAndNotFarFromThePeak) {
     const std::string which = std::string(c.size) + ", order " + c.order + ", " + c.threads + " threads";
     RecordProperty(which, std::to_string(ratio));
     EXPECT_GE(ratio, 1.0) << which << ": " << told << " against " << peak_;
-    // Too high where the data leave pages of the spectral grids untouched, where lower frequencies cover fewer
-    // tiles than the highest, where the C library gives back what it may keep, and by what is left of the 8 MB
-    // for code that is first used during the run.
+    // Too high where the data leave pages of the spectral grids untouched, where lower frequencies cover
+    // fewer tiles than the highest, where the C library gives back what it may keep, and by what is left of
+    // the 8 MB for code that is first used during the run.
     EXPECT_LE(ratio, 1.7) << which << ": " << told << " against " << peak_;
   }
 }
