@@ -127,20 +127,19 @@ std::int64_t halfLength(std::uint32_t length) {
 }
 
 /// Takes row r of a transformed grid, each value two samples, into the image with its quadrants exchanged.
-void storeRow(const Complex* row, std::int64_t r, AMatrix<double>& image) {
+/// What lies behind the samples of the image, as a rule its last two columns, comes from `rest`.
+void storeRow(const Complex* row, const Complex* rest, std::int64_t r, AMatrix<double>& image) {
   const std::int64_t halfRows = halfLength(image.rows());
   const std::int64_t half = halfLength(image.columns());
   const std::int64_t columns = image.columns();
   const auto* const samples = reinterpret_cast<const double*>(row);
+  const auto* const others = reinterpret_cast<const double*>(rest);
   double* const same = image.data() + r * columns;
-  if (r >= 2 * halfRows) {
-    std::copy_n(samples, columns, same);
-    return;
-  }
-  double* const to = image.data() + exchanged(r, halfRows) * columns;
-  std::copy_n(samples, half, to + half);
-  std::copy_n(samples + half, half, to);
-  std::copy(samples + 2 * half, samples + columns, same + 2 * half);
+  const bool exchange = r < 2 * halfRows;
+  double* const to = exchange ? image.data() + exchanged(r, halfRows) * columns : same;
+  std::copy_n(samples, half, exchange ? to + half : to);
+  std::copy_n(samples + half, half, exchange ? to : to + half);
+  std::copy(others + 2 * half, others + columns, same + 2 * half);
 }
 
 }  // namespace
@@ -224,6 +223,8 @@ void GridTransform::rowPass(AMatrix<Complex>& grid, AMatrix<double>& image, Watc
   const std::int64_t rows = grid.rows();
   const std::int64_t columns = grid.columns();
   const BatchPlan& plan = plans_->row;
+  // Where all samples of the image are in a transformed vector they need not go back to the grid first.
+  const bool whole = halfLength(static_cast<std::uint32_t>(2 * columns)) == columns - 1;
   shareOut(team_, static_cast<std::size_t>((rows + kBatch - 1) / kBatch),
            [&](std::size_t n, std::size_t member) {
              const std::int64_t first = static_cast<std::int64_t>(n) * kBatch;
@@ -237,8 +238,8 @@ void GridTransform::rowPass(AMatrix<Complex>& grid, AMatrix<double>& image, Watc
              plan.transform(member);
              for (std::int64_t i = 0; i < count; ++i) {
                Complex* const row = grid.data() + (first + i) * columns;
-               std::copy_n(plan.vector(member, i), columns - 1, row);
-               storeRow(row, first + i, image);
+               if (!whole) std::copy_n(plan.vector(member, i), columns - 1, row);
+               storeRow(whole ? plan.vector(member, i) : row, row, first + i, image);
              }
            });
 }
