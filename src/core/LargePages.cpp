@@ -1,14 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/LargePages.h"
 
-#ifdef __linux__
+#ifdef __has_feature
+#define LUMO_HAS_FEATURE(feature) __has_feature(feature)
+#else
+#define LUMO_HAS_FEATURE(feature) 0
+#endif
+
+// The address sanitizer sees only what comes from the C library.
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__) && !LUMO_HAS_FEATURE(address_sanitizer)
+#define LUMO_PAGES 1
 #include <sys/mman.h>
 #include <unistd.h>
+#else
+#define LUMO_PAGES 0
 #endif
 
 namespace lumo {
 
-#ifdef __linux__
+#if LUMO_PAGES
 
 void* takePages(std::size_t bytes, bool large) {
   const std::size_t spare = large ? kLargePage : 0;
