@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/LargePages.h"
 
+#include <cstring>
+
 #ifdef __has_feature
 #define LUMO_HAS_FEATURE(feature) __has_feature(feature)
 #else
@@ -45,8 +47,11 @@ void giveBackPages(void* block, std::size_t bytes) {
 
 #else
 
-void* takePages(std::size_t bytes, bool /*large*/) {
-  return std::calloc(bytes, 1);
+void* takePages(std::size_t bytes, bool large) {
+  if (!large) return std::calloc(bytes, 1);
+  void* const block = std::aligned_alloc(kLargePage, (bytes + kLargePage - 1) / kLargePage * kLargePage);
+  if (block != nullptr) std::memset(block, 0, bytes);
+  return block;
 }
 
 void giveBackPages(void* block, std::size_t /*bytes*/) {

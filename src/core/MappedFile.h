@@ -33,6 +33,7 @@ class MappedFile {
   /// when opened, or could not be read. Costs a system call.
   [[nodiscard]] Status check() const;
   /// Copies bytes from the file past the map, which costs less than pages that are mapped to be read once.
+  /// Errors as of lumo::readAt; kReadFailed for a closed file. Several threads may do so at once.
   [[nodiscard]] Status readAt(std::uint64_t offset, void* bytes, std::size_t size) const;
   /// Gives the whole pages inside [begin, end) back to the system; they are read again when touched again.
   void release(std::uint64_t begin, std::uint64_t end) const;

@@ -14,7 +14,7 @@ namespace lumo {
 ///
 /// The system may let a thread wake up on the processor of the one that wakes it and that goes on working
 /// there. On virtual machines, where a processor at rest does not always count as idle, it then takes until
-/// the next tick, some 4 ms, before the thread moves and runs: longer than all the work it was woken for.
+/// the next tick, some milliseconds, before the thread moves and runs: longer than the work it was woken for.
 class SleepingPlace {
  public:
   /// Sleeps until `word` is no longer `value` and someone has notified it. One thread at a time.

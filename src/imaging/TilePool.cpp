@@ -1,24 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "imaging/TilePool.h"
 
-#include <sys/mman.h>
-
-#include <cstdlib>
 #include <new>
 
 namespace lumo {
 
 void TilePool::Free::operator()(std::byte* block) const {
-  std::free(block);
+  giveBackPages(block, kBlockBytes);
 }
 
 std::byte* TilePool::take() {
   const std::lock_guard lock(mutex_);
   if (free_.empty()) {
-    auto* const memory = static_cast<std::byte*>(std::aligned_alloc(kBlockBytes, kBlockBytes));
+    auto* const memory = static_cast<std::byte*>(takePages(kBlockBytes, true));
     if (memory == nullptr) throw std::bad_alloc();
-    // Without large pages the memory is merely slower.
-    static_cast<void>(::madvise(memory, kBlockBytes, MADV_HUGEPAGE));
     blocks_.emplace_back(memory);
     // Room for all pieces, so that giving them back cannot fail.
     free_.reserve(blocks_.size() * (kBlockBytes / kPieceBytes));

@@ -7,6 +7,8 @@
 #include <mutex>
 #include <vector>
 
+#include "core/LargePages.h"
+
 namespace lumo {
 
 /// Memory of work grids in pieces of one size, shared by all work grids of a run: pieces of a grid that is
@@ -27,7 +29,7 @@ class TilePool {
   [[nodiscard]] std::uint64_t bytes() const;
 
  private:
-  static constexpr std::size_t kBlockBytes = std::size_t{2} << 20;
+  static constexpr std::size_t kBlockBytes = kLargePage;
   struct Free {
     void operator()(std::byte* block) const;
   };

@@ -45,7 +45,9 @@ class AUVXFile : public AFile {
   [[nodiscard]] const std::uint8_t* groupAt(std::uint64_t index) const {
     return map_.data() + groupOffset_ + index * groupBytes_;
   }
-  /// Copies the groups begin .. end − 1, which must exist, to `bytes`. Several threads may do so at once.
+  /// Copies the groups begin .. end − 1, which must exist, to `bytes`, which has groupBytes() for each.
+  /// kReadFailed when the system gives none, kBadFormat when the file has become shorter. Several threads may
+  /// do so at once.
   [[nodiscard]] Status copyGroups(std::uint64_t begin, std::uint64_t end, std::uint8_t* bytes) const {
     return map_.readAt(groupOffset_ + begin * groupBytes_, bytes,
                        static_cast<std::size_t>((end - begin) * groupBytes_));
