@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "core/LargePages.h"
 
+#include <atomic>
 #include <cstring>
 
 #ifdef __has_feature
@@ -21,6 +22,13 @@
 namespace lumo {
 
 #if LUMO_PAGES
+
+namespace {
+
+/// All blocks begin at a multiple of it.
+constexpr std::size_t kSmallPage = 4096;
+
+}  // namespace
 
 void* takePages(std::size_t bytes, bool large) {
   const std::size_t spare = large ? kLargePage : 0;
@@ -45,6 +53,19 @@ void giveBackPages(void* block, std::size_t bytes) {
   ::munmap(block, bytes);
 }
 
+std::size_t nextStagger() {
+  // An odd step, so that all lines of a page have their turn; five lines, so that those which are read with
+  // the first few of an array do not meet those of the next.
+  constexpr std::size_t kLine = 64;
+  constexpr std::size_t kStep = 5 * kLine;
+  static std::atomic<std::size_t> arrays = 0;
+  return arrays++ * kStep % kSmallPage;
+}
+
+std::size_t staggerOf(const void* array) {
+  return reinterpret_cast<std::size_t>(array) % kSmallPage;
+}
+
 #else
 
 void* takePages(std::size_t bytes, bool large) {
@@ -56,6 +77,14 @@ void* takePages(std::size_t bytes, bool large) {
 
 void giveBackPages(void* block, std::size_t /*bytes*/) {
   std::free(block);
+}
+
+std::size_t nextStagger() {
+  return 0;
+}
+
+std::size_t staggerOf(const void* /*array*/) {
+  return 0;
 }
 
 #endif

@@ -17,6 +17,13 @@ void giveBackPages(void* block, std::size_t bytes);
 
 constexpr std::size_t kLargePage = std::size_t{1} << 21U;
 
+/// Bytes by which the next large array begins after the start of a page: another number of cache lines each
+/// time. Caches find a line's place by its low address bits. Elements of the same index in arrays that all
+/// begin with a page fall on the same places, of which there are few, and drive each other out.
+[[nodiscard]] std::size_t nextStagger();
+/// The same of an array that has begun so.
+[[nodiscard]] std::size_t staggerOf(const void* array);
+
 /// Allocator for large arrays of numbers that begin as zeros: blocks of kLeast bytes and more come zeroed
 /// from the system, page by page when they are touched, so that a container of value-initialised elements
 /// costs nothing before it is used, and what is never used never becomes memory. The system is asked for
@@ -41,16 +48,17 @@ struct LargePages {
   [[nodiscard]] T* allocate(std::size_t count) {
     if (count > static_cast<std::size_t>(-1) / 2 / sizeof(T)) throw std::bad_alloc();
     const std::size_t bytes = count * sizeof(T);
-    void* const block = bytes < kLeast ? std::calloc(count, sizeof(T)) : takePages(bytes, bytes >= kLarge);
+    const std::size_t before = bytes < kLeast ? 0 : nextStagger();
+    void* const block =
+        bytes < kLeast ? std::calloc(count, sizeof(T)) : takePages(before + bytes, bytes >= kLarge);
     if (block == nullptr) throw std::bad_alloc();
-    return static_cast<T*>(block);
+    return reinterpret_cast<T*>(static_cast<std::byte*>(block) + before);
   }
 
   void deallocate(T* block, std::size_t count) noexcept {
-    if (count * sizeof(T) < kLeast)
-      std::free(block);
-    else
-      giveBackPages(block, count * sizeof(T));
+    if (count * sizeof(T) < kLeast) return std::free(block);
+    const std::size_t before = staggerOf(block);
+    giveBackPages(reinterpret_cast<std::byte*>(block) - before, before + count * sizeof(T));
   }
 
   /// Of a new element: it is zero already.

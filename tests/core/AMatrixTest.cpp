@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <complex>
+#include <set>
 #include <utility>
+#include <vector>
 
 #include "core/AMatrix.h"
 #include "core/AMatrixRect.h"
@@ -124,6 +126,21 @@ TEST(AMatrixTest, LargeMatricesStartAtZeroAndKeepTheirElements) {
     EXPECT_EQ(matrix(rows - 1, 999), 7.0F);
     matrix.clear();
     EXPECT_EQ(matrix.size(), 0u);
+  }
+}
+
+TEST(AMatrixTest, LargeMatricesBeginAtDifferentLinesOfTheirPages) {
+  // For transforms every one begins at a multiple of the widest vector's size.
+  for (const std::uint32_t rows : {100U, 1500U}) {
+    const bool staggered = nextStagger() != nextStagger();  // not where a sanitizer watches
+    std::set<std::size_t> places;
+    std::vector<AMatrix<float>> matrices;
+    for (int i = 0; i < 7; ++i) {
+      const AMatrix<float>& matrix = matrices.emplace_back(rows, 1000);
+      EXPECT_EQ(reinterpret_cast<std::size_t>(matrix.data()) % 64, 0u);
+      places.insert(reinterpret_cast<std::size_t>(matrix.data()) % 4096);
+    }
+    EXPECT_EQ(places.size(), staggered ? matrices.size() : 1u);
   }
 }
 
