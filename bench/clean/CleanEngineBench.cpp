@@ -14,6 +14,7 @@
 #include "CleanSky.h"
 #include "TurnTaker.h"
 #include "clean/BeamMatrix.h"
+#include "clean/BeamNorm.h"
 #include "clean/CleanTileKernel.h"
 #include "clean/PlainCleanEngine.h"
 #include "clean/TiledCleanEngine.h"
@@ -61,6 +62,8 @@ double kernelSeconds(const bench::CleanSky& sky, APtrArray<AMatrix<float>*>& bea
   maps.mapColumns = kColumns;
   maps.beamRows = beams[0]->rows();
   maps.beamColumns = beams[0]->columns();
+  BeamNorm norm;
+  if (norm.prepare(beams, matrix, terms)) maps.smallestBeam = norm.smallestBeam();
   maps.inverse = matrix.inverse().data();
   maps.q = matrix.q();
   CleanUpdate updates[kUpdates];
@@ -69,10 +72,11 @@ double kernelSeconds(const bench::CleanSky& sky, APtrArray<AMatrix<float>*>& bea
     updates[p].column = static_cast<std::uint32_t>(p % 8);
     for (double& increment : updates[p].increments) increment = 1e-9;
   }
+  const CleanContest contest{0.1, 1e300, 0.0};  // as of most tiles, whose rows cannot win
   double best = 1e300;
   for (int repetition = 0; repetition < 30; ++repetition) {
     const Clock::time_point start = Clock::now();
-    benchmark::DoNotOptimize(updateCleanTile(maps, {0, kRows, 0, kColumns}, updates, kUpdates, 0.1));
+    benchmark::DoNotOptimize(updateCleanTile(maps, {0, kRows, 0, kColumns}, updates, kUpdates, contest));
     best = std::min(best, secondsSince(start));
   }
   return best / (kRows * kColumns * static_cast<double>(kUpdates) * terms * terms);

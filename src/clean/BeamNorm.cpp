@@ -88,17 +88,21 @@ bool BeamNorm::measureInverse(const AMatrix<double>& inverse) {
 
 bool BeamNorm::measureBeams(const APtrArray<AMatrix<float>*>& beams, const AMatrix<double>& inverse) {
   double largest[2 * kMax - 1] = {};
+  float smallest = HUGE_VALF;
   for (int m = 0; m < 2 * terms_ - 1; ++m) {
     const float* const data = beams[m]->data();
     bool finite = true;
     float peak = 0.0F;
     for (std::size_t i = 0; i < beams[m]->size(); ++i) {
       finite = finite && std::isfinite(data[i]);
-      peak = std::max(peak, std::fabs(data[i]));
+      const float size = std::fabs(data[i]);
+      peak = std::max(peak, size);
+      smallest = std::min(smallest, size > 0.0F ? size : HUGE_VALF);
     }
     if (!finite) return false;
     largest[m] = static_cast<double>(peak);
   }
+  smallestBeam_ = static_cast<double>(smallest);
   double widestMap = 0.0;
   double widestStep = 0.0;
   stepRounding_ = 0.0;
@@ -118,10 +122,14 @@ bool BeamNorm::measureBeams(const APtrArray<AMatrix<float>*>& beams, const AMatr
   return std::isfinite(stepRounding_) && limit_ > 0.0;
 }
 
-double BeamNorm::fromSingle(double formed, double x) const {
+double BeamNorm::singleError(double x) const {
   if (!singleHolds_ || !(x > 1.0 / kLargestSingle && x < kLargestSingle)) return HUGE_VAL;
   // sum_jk |r_j W_jk r_k| <= condition |r|^2
-  return kUp * (formed + kSingleRounding * condition_ * x * x);
+  return kUp * kSingleRounding * condition_ * x * x;
+}
+
+double BeamNorm::fromSingle(double formed, double x) const {
+  return kUp * (formed + singleError(x));
 }
 
 double BeamNorm::stepNorm(const double* increments) const {

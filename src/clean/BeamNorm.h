@@ -57,8 +57,14 @@ class BeamNorm {
   /// @param x upper bound of |r| in the tile.
   /// @return infinity where single precision cannot tell.
   [[nodiscard]] double fromSingle(double formed, double x) const;
+  /// By how much S may be larger than what is formed in single precision; infinite where that cannot tell.
+  /// @param x upper bound of |r|.
+  [[nodiscard]] double singleError(double x) const;
   /// Bound of |r| and of d below which no residual can leave the range of a float.
   [[nodiscard]] double limit() const { return limit_; }
+
+  /// Smallest |value| of all beams that is not 0, infinity where all are 0.
+  [[nodiscard]] double smallestBeam() const { return smallestBeam_; }
 
   static constexpr double kMaxCondition = 1e7;
   static constexpr std::size_t kMostQuick = 32;
@@ -82,6 +88,7 @@ class BeamNorm {
   bool singleHolds_ = false;
   double condition_ = 0.0;
   double limit_ = 0.0;
+  double smallestBeam_ = 0.0;
 };
 
 }  // namespace lumo

@@ -2,6 +2,7 @@
 #include "clean/CleanTileKernel.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "clean/BeamPlacement.h"
 
@@ -20,6 +21,8 @@ namespace lumo::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+/// Covers the rounding of S in double, and that of its bound.
+constexpr double kUp = 1.0 + 1e-6;
 /// Of a cache line.
 constexpr std::size_t kFloatsPerLine = 16;
 
@@ -32,6 +35,44 @@ enum class Search {
   kPlace,
   kPlaceNonNegative,
 };
+
+/// How a difference formed in double is rounded to float. Both give the same bits where both may be used.
+enum class Rounding {
+  kConvert,  ///< to float and back, for any value
+  /// Stays a double: three operations where the two conversions make the processor do four. For steps that
+  /// mayAlign().
+  kAlign,
+};
+
+/// True where a difference between a residual and a product of these steps has 24 bits or more to itself, or
+/// is a float as it stands. Let every product that is not 0 be at least P. A residual below half of its
+/// product leaves P / 2 or more. Any other has its last bit at 2^-25 P or above, and the product at 2^-53 P:
+/// their difference is a multiple of 2^-53 P, which is to be no finer than the last bit of any float.
+bool mayAlign(const CleanTileMaps& maps, const CleanUpdate* updates, std::size_t count) {
+  constexpr double kLastBit = 0x1p-149;
+  constexpr double kSmallestProduct = 2.0 * 0x1p53 * kLastBit;  // the 2 covers the rounding of P
+  bool may = true;
+  for (std::size_t p = 0; p < count; ++p)
+    for (std::int32_t j = 0; j < maps.terms; ++j) {
+      const double increment = std::fabs(updates[p].increments[j]);
+      may = may && (increment == 0.0 || increment * maps.smallestBeam >= kSmallestProduct);
+    }
+  return may;
+}
+
+template <Rounding kRounding, class D, class V = hn::Vec<D>>
+HWY_INLINE V roundToFloat(D d, V value) {
+  if constexpr (kRounding == Rounding::kConvert) {
+    const hn::Rebind<float, D> df;
+    return hn::PromoteTo(d, hn::DemoteTo(df, value));
+  } else {
+    // Beside 1.5 2^29 times its power of two, a double keeps 24 bits of the value. The signs are those that
+    // leave a zero its own.
+    const V power = hn::And(value, hn::Inf(d));
+    const V shift = hn::Set(d, 1.5 * 0x1p29);
+    return hn::NegMulSub(power, shift, hn::NegMulSub(power, shift, value));
+  }
+}
 
 /// Best score so far per lane of D.
 template <class D>
@@ -58,9 +99,10 @@ HWY_INLINE void searchLanes(D d, const CleanTileMaps& maps, const SearchConstant
   V a = hn::Zero(d);
   HWY_UNROLL(4)
   for (int j = kTerms - 1; j >= 0; --j) {
-    a = hn::Zero(d);
+    // Not from 0, which could only change the sign of a zero, and that `sum` forgets.
+    a = hn::Mul(r[0], hn::Set(d, maps.inverse[j * kTerms]));
     HWY_UNROLL(4)
-    for (int k = 0; k < kTerms; ++k) a = hn::Add(a, hn::Mul(r[k], hn::Set(d, maps.inverse[j * kTerms + k])));
+    for (int k = 1; k < kTerms; ++k) a = hn::Add(a, hn::Mul(r[k], hn::Set(d, maps.inverse[j * kTerms + k])));
     sum = hn::Add(sum, hn::Mul(r[j], a));
   }
   best.norm = hn::Max(best.norm, sum);
@@ -101,7 +143,7 @@ HWY_INLINE void reduce(D d, const LaneBest<D>& lanes, CleanTileBest& best) {
 
 /// Subtracts the steps from .. to - 1 from kVectors vectors of pixels of one row, `pixel` pixels after the
 /// tile's first, with the residuals in registers.
-template <int kTerms, int kVectors, class D, class V>
+template <int kTerms, Rounding kRounding, int kVectors, class D, class V>
 HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
                               std::size_t to, std::ptrdiff_t pixel, V (&r)[kVectors][kTerms]) {
   const hn::Rebind<float, D> df;
@@ -127,7 +169,7 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacemen
         HWY_UNROLL(4)
         for (int k = 0; k < kTerms; ++k) {
           const V value = hn::Sub(r[v][k], hn::Mul(beam[k + j], hn::Set(d, increments[j])));
-          r[v][k] = hn::PromoteTo(d, hn::DemoteTo(df, value));
+          r[v][k] = roundToFloat<kRounding>(d, value);
         }
       }
     }
@@ -135,7 +177,7 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacemen
 }
 
 /// kVectors vectors of pixels of one row: load, subtract, store and, where asked for, search.
-template <int kTerms, int kVectors, Search kSearch, class D>
+template <int kTerms, Rounding kRounding, int kVectors, Search kSearch, class D>
 HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
                           std::size_t to, std::size_t offset, std::ptrdiff_t pixel,
                           const SearchConstants& constants, LaneBest<D>& best) {
@@ -146,7 +188,7 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const BeamPlacement& b
   for (int v = 0; v < kVectors; ++v) HWY_UNROLL(4)
   for (int k = 0; k < kTerms; ++k)
     r[v][k] = hn::PromoteTo(d, hn::LoadU(df, maps.maps[k] + offset + static_cast<std::size_t>(v) * lanes));
-  subtractLanes<kTerms, kVectors>(d, maps, below, from, to, pixel, r);
+  subtractLanes<kTerms, kRounding, kVectors>(d, maps, below, from, to, pixel, r);
   HWY_UNROLL(8)
   for (int v = 0; v < kVectors; ++v) {
     const std::size_t at = offset + static_cast<std::size_t>(v) * lanes;
@@ -165,75 +207,166 @@ struct TileSearch {
   LaneBest<Single> single;
 };
 
+/// As many of the pixels from `i` to `end` - 1 of the tile row whose first pixel is at `offset` as kVectors
+/// vectors at a time can take, steps from .. to - 1.
+/// @return the first pixel left.
+template <int kTerms, Rounding kRounding, int kVectors, Search kSearch, class D>
+HWY_INLINE std::size_t passVectors(D d, const CleanTileMaps& maps, const BeamPlacement& below,
+                                   std::size_t from, std::size_t to, std::size_t offset, std::size_t i,
+                                   std::size_t end, std::ptrdiff_t shift, const SearchConstants& constants,
+                                   LaneBest<D>& best) {
+  const std::size_t step = kVectors * hn::Lanes(d);
+  for (; i + step <= end; i += step)
+    passLanes<kTerms, kRounding, kVectors, kSearch>(d, maps, below, from, to, offset + i,
+                                                    shift + static_cast<std::ptrdiff_t>(i), constants, best);
+  return i;
+}
+
 /// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1, which
 /// do not wrap in it once `shift` is added to their beam element.
-template <int kTerms, Search kSearch>
+template <int kTerms, Rounding kRounding, Search kSearch>
 HWY_INLINE void passRow(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
                         std::size_t to, std::size_t offset, std::size_t begin, std::size_t end,
                         std::ptrdiff_t shift, const SearchConstants& constants, TileSearch& best) {
-  // As many residuals in registers as hide the latency of the two roundings, and no more than fit.
-  constexpr int kVectors = kTerms == 1 ? 8 : kTerms == 2 ? 4 : 2;
+  // As many residuals in registers as hide the latency of the roundings, and no more than fit.
+  constexpr int kVectors = kTerms == 1 ? 8 : kTerms == 2 ? 4 : kTerms == 3 ? 3 : 2;
   const Wide d;
-  const Single single;
-  const std::size_t lanes = hn::Lanes(d);
-  std::size_t i = begin;
-  for (; i + kVectors * lanes <= end; i += kVectors * lanes)
-    passLanes<kTerms, kVectors, kSearch>(d, maps, below, from, to, offset + i,
-                                         shift + static_cast<std::ptrdiff_t>(i), constants, best.wide);
-  for (; i + lanes <= end; i += lanes)
-    passLanes<kTerms, 1, kSearch>(d, maps, below, from, to, offset + i,
-                                  shift + static_cast<std::ptrdiff_t>(i), constants, best.wide);
-  for (; i < end; ++i)
-    passLanes<kTerms, 1, kSearch>(single, maps, below, from, to, offset + i,
-                                  shift + static_cast<std::ptrdiff_t>(i), constants, best.single);
+  std::size_t i = passVectors<kTerms, kRounding, kVectors, kSearch>(d, maps, below, from, to, offset, begin,
+                                                                    end, shift, constants, best.wide);
+  if constexpr (kVectors == 3)  // two are left of the usual width of tiles
+    i = passVectors<kTerms, kRounding, 2, kSearch>(d, maps, below, from, to, offset, i, end, shift, constants,
+                                                   best.wide);
+  i = passVectors<kTerms, kRounding, 1, kSearch>(d, maps, below, from, to, offset, i, end, shift, constants,
+                                                 best.wide);
+  passVectors<kTerms, kRounding, 1, kSearch>(Single(), maps, below, from, to, offset, i, end, shift,
+                                             constants, best.single);
 }
 
 /// One tile row whose steps meet the end of a beam row inside it: step by step, in two parts.
-template <int kTerms>
+template <int kTerms, Rounding kRounding>
 HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t offset,
                                   std::size_t width, const SearchConstants& constants, TileSearch& best) {
   const std::ptrdiff_t period = -static_cast<std::ptrdiff_t>(maps.beamColumns);
   for (std::size_t p = 0; p < below.count(); ++p) {
     const std::size_t cut = below.straight(p);
-    passRow<kTerms, Search::kNone>(maps, below, p, p + 1, offset, 0, cut, 0, constants, best);
-    passRow<kTerms, Search::kNone>(maps, below, p, p + 1, offset, cut, width, period, constants, best);
+    passRow<kTerms, kRounding, Search::kNone>(maps, below, p, p + 1, offset, 0, cut, 0, constants, best);
+    passRow<kTerms, kRounding, Search::kNone>(maps, below, p, p + 1, offset, cut, width, period, constants,
+                                              best);
   }
 }
 
-/// Takes the largest S of a row, and forgets it.
-HWY_INLINE void reduceRow(TileSearch& search, std::size_t offset, double scale, CleanTileBest& best) {
-  const Wide d;
-  const Single single;
+using WideSingle = hn::ScalableTag<float>;
+
+/// Finds the rows of a tile that may hold the best pixel without the constraint, in single precision:
+/// S = sum_j r_j (inverse[j][j] r_j + sum_{k>j} inverse[j][k] r_k), within contest.singleError.
+template <int kTerms>
+class RowContest {
+ public:
+  HWY_INLINE RowContest(const CleanTileMaps& maps, const CleanContest& contest)
+      : contest_(contest), scale_((2.0 - contest.gain) * contest.gain), largest_(hn::Zero(WideSingle())) {
+    for (int j = 0; j < kTerms; ++j)
+      for (int k = j; k < kTerms; ++k)
+        inverse_[j][k] = static_cast<float>((j == k ? 1.0 : 2.0) * maps.inverse[j * kTerms + k]);
+    raise(contest.score);
+  }
+
+  /// From now on pixels must reach `score`.
+  HWY_INLINE void raise(double score) {
+    least_ = static_cast<float>(kDown * (score / (kUp * scale_) - contest_.singleError));
+  }
+
+  /// Whether any of `width` pixels may reach the score.
+  HWY_INLINE bool mayHoldBest(const CleanTileMaps& maps, std::size_t offset, std::size_t width) {
+    const WideSingle d;
+    const hn::CappedTag<float, 1> single;
+    const std::size_t lanes = hn::Lanes(d);
+    auto largest = hn::Zero(d);
+    std::size_t i = 0;
+    for (; i + lanes <= width; i += lanes) largest = hn::Max(largest, norm(d, maps, offset + i));
+    float rest = 0.0F;
+    for (; i < width; ++i) rest = std::max(rest, hn::GetLane(norm(single, maps, offset + i)));
+    rest_ = std::max(rest_, rest);
+    largest_ = hn::Max(largest_, largest);
+    return !(rest < least_ && hn::AllTrue(d, hn::Lt(largest, hn::Set(d, least_))));
+  }
+
+  /// Upper bound of S in all rows seen.
+  [[nodiscard]] HWY_INLINE double largest() const {
+    const float largest = std::max(rest_, hn::GetLane(hn::MaxOfLanes(WideSingle(), largest_)));
+    return kUp * (static_cast<double>(largest) + contest_.singleError);
+  }
+
+ private:
+  /// Covers the rounding to float of a value that is not negative; all others are out of reach as well.
+  static constexpr double kDown = 1.0 - 1e-6;
+
+  template <class D, class V = hn::Vec<D>>
+  HWY_INLINE V norm(D d, const CleanTileMaps& maps, std::size_t offset) const {
+    V r[kTerms];
+    HWY_UNROLL(4)
+    for (int k = 0; k < kTerms; ++k) r[k] = hn::LoadU(d, maps.maps[k] + offset);
+    V sum = hn::Zero(d);
+    HWY_UNROLL(4)
+    for (int j = 0; j < kTerms; ++j) {
+      V a = hn::Mul(r[j], hn::Set(d, inverse_[j][j]));
+      HWY_UNROLL(4)
+      for (int k = j + 1; k < kTerms; ++k) a = hn::MulAdd(r[k], hn::Set(d, inverse_[j][k]), a);
+      sum = hn::MulAdd(r[j], a, sum);
+    }
+    return sum;
+  }
+
+  const CleanContest& contest_;
+  double scale_;
+  float least_ = 0.0F;
+  float rest_ = 0.0F;
+  hn::Vec<WideSingle> largest_;
+  float inverse_[kTerms][kTerms] = {};
+};
+
+/// Searches a row without the constraint for its largest S.
+template <int kTerms>
+HWY_NOINLINE void searchRow(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t offset,
+                            std::size_t width, const SearchConstants& constants, CleanTileBest& best) {
+  TileSearch search{LaneBest<Wide>(Wide()), LaneBest<Single>(Single())};
+  passRow<kTerms, Rounding::kAlign, Search::kNorm>(maps, below, 0, 0, offset, 0, width, 0, constants, search);
   const double norm =
-      std::max(hn::GetLane(hn::MaxOfLanes(d, search.wide.norm)), hn::GetLane(search.single.norm));
-  search.wide.norm = hn::Set(d, -1.0);
-  search.single.norm = hn::Set(single, -1.0);
+      std::max(hn::GetLane(hn::MaxOfLanes(Wide(), search.wide.norm)), hn::GetLane(search.single.norm));
   best.norm = std::max(best.norm, norm);
-  const double score = norm * scale;
+  const double score = norm * constants.scale;
   if (norm < 0.0 || score < best.score) return;
   best.found = true;
   best.score = score;
   best.offset = offset;
 }
 
-template <int kTerms, Search kSearch>
+/// @tparam kSearch of every row, after the steps; kNorm only of those that a RowContest leaves.
+template <int kTerms, Rounding kRounding, Search kSearch>
 HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileArea& area,
-                                    const CleanUpdate* updates, std::size_t count, double gain) {
+                                    const CleanUpdate* updates, std::size_t count,
+                                    const CleanContest& contest) {
+  constexpr bool kByRows = kSearch == Search::kNorm;
   BeamPlacement below(maps, area, updates, count);
-  const double h = 2.0 - gain;
-  const SearchConstants constants{gain, h, h * gain};
+  const double h = 2.0 - contest.gain;
+  const SearchConstants constants{contest.gain, h, h * contest.gain};
   const std::size_t width = area.columns();
+  RowContest<kTerms> rows(maps, contest);
   TileSearch search{LaneBest<Wide>(Wide()), LaneBest<Single>(Single())};
   CleanTileBest best;
   for (std::size_t row = area.firstRow; row < area.lastRow; ++row) {
     below.nextRow();
     const std::size_t offset = row * maps.mapColumns + area.firstColumn;
-    if (below.wraps()) subtractWrapped<kTerms>(maps, below, offset, width, constants, search);
-    passRow<kTerms, kSearch>(maps, below, 0, below.wraps() ? 0 : count, offset, 0, width, 0, constants,
-                             search);
-    if constexpr (kSearch == Search::kNorm) reduceRow(search, offset, constants.scale, best);
+    if (below.wraps()) subtractWrapped<kTerms, kRounding>(maps, below, offset, width, constants, search);
+    passRow<kTerms, kRounding, kByRows ? Search::kNone : kSearch>(maps, below, 0, below.wraps() ? 0 : count,
+                                                                  offset, 0, width, 0, constants, search);
+    if (!kByRows || !rows.mayHoldBest(maps, offset, width)) continue;
+    searchRow<kTerms>(maps, below, offset, width, constants, best);
+    rows.raise(std::max(contest.score, best.score));
   }
-  if constexpr (kSearch != Search::kNorm) {
+  if constexpr (kByRows) {
+    // Without a bound every row has been searched.
+    if (std::isfinite(contest.singleError)) best.norm = rows.largest();
+  } else {
     reduce(Wide(), search.wide, best);
     reduce(Single(), search.single, best);
   }
@@ -241,42 +374,53 @@ HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileAr
 }
 
 template <int kTerms>
-CleanTileBest findTerms(const CleanTileMaps& maps, const CleanTileArea& area, double gain) {
-  return maps.nonNegative ? passTile<kTerms, Search::kPlaceNonNegative>(maps, area, nullptr, 0, gain)
-                          : passTile<kTerms, Search::kPlace>(maps, area, nullptr, 0, gain);
+CleanTileBest findTerms(const CleanTileMaps& maps, const CleanTileArea& area, const CleanContest& contest) {
+  return maps.nonNegative
+             ? passTile<kTerms, Rounding::kAlign, Search::kPlaceNonNegative>(maps, area, nullptr, 0, contest)
+             : passTile<kTerms, Rounding::kAlign, Search::kPlace>(maps, area, nullptr, 0, contest);
+}
+
+template <int kTerms, Rounding kRounding>
+CleanTileBest passRounding(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                           std::size_t count, const CleanContest& contest) {
+  return maps.nonNegative
+             ? passTile<kTerms, kRounding, Search::kPlaceNonNegative>(maps, area, updates, count, contest)
+             : passTile<kTerms, kRounding, Search::kNorm>(maps, area, updates, count, contest);
 }
 
 template <int kTerms>
 CleanTileBest passTerms(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                        std::size_t count, double gain) {
-  return maps.nonNegative ? passTile<kTerms, Search::kPlaceNonNegative>(maps, area, updates, count, gain)
-                          : passTile<kTerms, Search::kNorm>(maps, area, updates, count, gain);
+                        std::size_t count, const CleanContest& contest) {
+  return mayAlign(maps, updates, count)
+             ? passRounding<kTerms, Rounding::kAlign>(maps, area, updates, count, contest)
+             : passRounding<kTerms, Rounding::kConvert>(maps, area, updates, count, contest);
 }
 
 CleanTileBest updateTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                         std::size_t count, double gain) {
+                         std::size_t count, const CleanContest& contest) {
   switch (maps.terms) {
     case 1:
-      return passTerms<1>(maps, area, updates, count, gain);
+      return passTerms<1>(maps, area, updates, count, contest);
     case 2:
-      return passTerms<2>(maps, area, updates, count, gain);
+      return passTerms<2>(maps, area, updates, count, contest);
     case 3:
-      return passTerms<3>(maps, area, updates, count, gain);
+      return passTerms<3>(maps, area, updates, count, contest);
     default:
-      return passTerms<4>(maps, area, updates, count, gain);
+      return passTerms<4>(maps, area, updates, count, contest);
   }
 }
 
 CleanTileBest findPeak(const CleanTileMaps& maps, const CleanTileArea& area, double gain) {
+  const CleanContest contest{gain, 0.0};
   switch (maps.terms) {
     case 1:
-      return findTerms<1>(maps, area, gain);
+      return findTerms<1>(maps, area, contest);
     case 2:
-      return findTerms<2>(maps, area, gain);
+      return findTerms<2>(maps, area, contest);
     case 3:
-      return findTerms<3>(maps, area, gain);
+      return findTerms<3>(maps, area, contest);
     default:
-      return findTerms<4>(maps, area, gain);
+      return findTerms<4>(maps, area, contest);
   }
 }
 
@@ -291,8 +435,8 @@ HWY_EXPORT(updateTile);
 HWY_EXPORT(findPeak);
 
 CleanTileBest updateCleanTile(const CleanTileMaps& maps, const CleanTileArea& area,
-                              const CleanUpdate* updates, std::size_t count, double gain) {
-  return HWY_DYNAMIC_DISPATCH(updateTile)(maps, area, updates, count, gain);
+                              const CleanUpdate* updates, std::size_t count, const CleanContest& contest) {
+  return HWY_DYNAMIC_DISPATCH(updateTile)(maps, area, updates, count, contest);
 }
 
 CleanTileBest findCleanPeak(const CleanTileMaps& maps, const CleanTileArea& area, double gain) {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 namespace lumo {
 
@@ -24,6 +25,7 @@ struct CleanTileMaps {
   float* maps[kMaxTileTerms] = {};                 ///< R_0 .. R_{N-1}, row-major
   const float* beams[2 * kMaxTileTerms - 1] = {};  ///< B_0 .. B_{2N-2}, row-major
   const float* intensity = nullptr;                ///< C_0
+  double smallestBeam = 0.0;  ///< smallest |value| of all beams that is not 0; 0 where it is not known
   std::size_t mapColumns = 0;
   std::size_t beamRows = 0;
   std::size_t beamColumns = 0;
@@ -43,24 +45,36 @@ struct CleanTileArea {
   [[nodiscard]] std::size_t columns() const { return lastColumn - firstColumn; }
 };
 
+/// What the pixels of a tile must reach.
+struct CleanContest {
+  double gain = 0.0;  ///< loop gain
+  /// A score that some pixel of the maps has: without the constraint, a row of the tile that cannot reach it
+  /// is not searched to the pixel.
+  double score = 0.0;
+  /// By how much S may be larger than what single precision makes of it; infinite where that is not known,
+  /// so that every row is searched.
+  double singleError = std::numeric_limits<double>::infinity();
+};
+
 /// The best pixel of a tile.
 struct CleanTileBest {
-  bool found = false;  ///< whether any pixel has a score of 0 or more
+  bool found = false;  ///< whether any pixel searched has a score of 0 or more
   double score = 0.0;  ///< E of the best pixel
   /// Place in the maps of the best pixel, the last in scan order among equal scores; without the constraint,
   /// of the first pixel of that pixel's row of the tile.
   std::size_t offset = 0;
-  double norm = 0.0;  ///< largest S = r' W r of the tile, 0 at least
+  double norm = 0.0;  ///< upper bound of the largest S = r' W r of the tile, 0 at least
 };
 
-/// Subtracts `count` <= kMaxTileUpdates steps from the pixels of a tile, in their order, and searches the
-/// tile with loop gain `gain`, in one pass over its pixels.
+/// Subtracts `count` <= kMaxTileUpdates steps from the pixels of a tile, in their order, and searches it, row
+/// by row.
 ///
 /// Every operation and every rounding to float is that of ABCleanEngine's description; only pixels are
-/// interleaved. The bits do not depend on the instruction set that the processor has. All values must be
-/// finite. Touches nothing outside the tile; may run on several tiles at once.
+/// interleaved. The bits of maps and scores do not depend on the instruction set that the processor has. All
+/// values must be finite. Touches nothing outside the tile; may run on several tiles at once.
 [[nodiscard]] CleanTileBest updateCleanTile(const CleanTileMaps& maps, const CleanTileArea& area,
-                                            const CleanUpdate* updates, std::size_t count, double gain);
+                                            const CleanUpdate* updates, std::size_t count,
+                                            const CleanContest& contest);
 
 /// The best pixel of an area in which nothing is to be subtracted, to the pixel.
 [[nodiscard]] CleanTileBest findCleanPeak(const CleanTileMaps& maps, const CleanTileArea& area, double gain);

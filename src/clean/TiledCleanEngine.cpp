@@ -19,15 +19,15 @@ constexpr double kGainMargin = 1e-6;
 constexpr double kUp = 1.0 + 1e-6;
 /// Steps that the list holds for the exact engine: with more the beam elements below a tile, which all of
 /// them read, leave the cache.
-constexpr std::size_t kExactSteps = 64;
+constexpr std::size_t kExactSteps = 128;
 /// A full list has this part of it, the oldest, subtracted everywhere.
 constexpr std::size_t kOldestPart = 4;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Tiles of the largest bounds that are taken at once, and how often, before all the others that may win are:
 /// after that many the best score hardly rises. Not as many as there are threads: rounding once, the bits
 /// depend on which tiles are brought up to date.
-constexpr std::size_t kLeaders = 2;
-constexpr int kLeaderRounds = 4;
+constexpr std::size_t kLeaders = 4;
+constexpr int kLeaderRounds = 2;
 /// A list that merges takes this part of the memory of maps and beams.
 constexpr std::size_t kListPart = 100;
 
@@ -98,7 +98,7 @@ void TiledCleanEngine::chooseShape() {
   const bool once = tiling_.rounding == CleanRounding::kOnce;
   // Measured. In small maps most of the time goes into searching, of which small tiles need less; in large
   // ones into reading beams, of which large tiles need less.
-  if (tiling_.rows == 0) tiling_.rows = once ? 16 : rows >= 512 ? 32 : 8;
+  if (tiling_.rows == 0) tiling_.rows = once || rows >= 512 ? 16 : 8;
   if (tiling_.columns == 0) tiling_.columns = once && terms() > 1 ? 64 : once ? 128 : 256;
   tiling_.rows = std::min(tiling_.rows, rows);
   tiling_.columns = std::min(tiling_.columns, columns);
@@ -136,6 +136,7 @@ void TiledCleanEngine::pointAtMaps() {
   maps_.terms = terms();
   for (std::int32_t k = 0; k < terms(); ++k) maps_.maps[k] = residuals()[k]->data();
   for (std::int32_t m = 0; m < beams().count(); ++m) maps_.beams[m] = beams()[m]->data();
+  maps_.smallestBeam = norm_.smallestBeam();
   maps_.intensity = components()[0].data();
   maps_.mapColumns = residuals()[0]->columns();
   maps_.beamRows = beams()[0]->rows();
@@ -334,7 +335,8 @@ CleanTileBest TiledCleanEngine::updatePiece(std::uint32_t index, std::size_t par
     formed.norm = subtractLacking(area, tile.applied);
     return formed;
   }
-  return updateCleanTile(maps_, area, list_.data() + tile.applied, list_.size() - tile.applied, gain);
+  return updateCleanTile(maps_, area, list_.data() + tile.applied, list_.size() - tile.applied,
+                         {gain, bestScore(), norm_.singleError(normBound_[index])});
 }
 
 /// Subtracts the steps from `applied` on, merged.
@@ -360,7 +362,7 @@ CleanTileBest TiledCleanEngine::searchMerged(std::size_t index, double gain, dou
     loser.norm = norm_.fromSingle(tile.best.norm, normBound_[index]);
     if (kUp * (2.0 - gain) * gain * loser.norm < known) return loser;
   }
-  return updateCleanTile(maps_, tile.area, nullptr, 0, gain);
+  return updateCleanTile(maps_, tile.area, nullptr, 0, {gain, known, norm_.singleError(normBound_[index])});
 }
 
 void TiledCleanEngine::dropSubtracted() {

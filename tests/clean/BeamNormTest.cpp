@@ -183,5 +183,18 @@ TEST(BeamNormTest, BeamsWhoseNormsSinglePrecisionCannotHoldAreGivenUp) {
   EXPECT_EQ(measured.norm.fromSingle(3.0, 2.0), HUGE_VAL);
 }
 
+TEST(BeamNormTest, SmallestBeamIsTheSmallestValueOfAnyBeamThatIsNotZero) {
+  CleanProblem problem = test::randomProblem(2, {9, 20}, {18, 40}, 3);
+  for (AMatrix<float>& beam : problem.beams)
+    for (std::size_t i = 0; i < beam.size(); ++i)
+      if (std::fabs(beam.data()[i]) < 1e-4F) beam.data()[i] = 1e-4F;
+  problem.beams[1](3, 7) = -2e-7F;
+  problem.beams[2](0, 0) = 0.0F;
+  problem.beams[2](0, 1) = -0.0F;
+  const Norm measured(problem);
+  ASSERT_TRUE(measured.usable);
+  EXPECT_EQ(measured.norm.smallestBeam(), static_cast<double>(2e-7F));
+}
+
 }  // namespace
 }  // namespace lumo

@@ -177,7 +177,7 @@ TEST(MergedCleanTest, MapsSettledOnTheWayAreThoseOfThePlainEngineWithinAMilliont
 }
 
 TEST(MergedCleanTest, FaintTilesLagBehindForLong) {
-  const CleanProblem problem = noisySky(2, {128, 192}, 0.0);
+  const CleanProblem problem = noisySky(2, {192, 256}, 0.0);
   // Steps so small that a faint tile cannot win before the exact engine's list is full.
   const CleanParameters parameters = parametersOf(1000, 0.01);
   const Trace exact = tiledRun(problem, parameters, test::tilingOf(4, 16));
