@@ -100,9 +100,10 @@ HWY_INLINE void searchLanes(D d, const CleanTileMaps& maps, const SearchConstant
   HWY_UNROLL(4)
   for (int j = kTerms - 1; j >= 0; --j) {
     // Not from 0, which could only change the sign of a zero, and that `sum` forgets.
-    a = hn::Mul(r[0], hn::Set(d, maps.inverse[j * kTerms]));
+    const double* const w = maps.inverse + std::ptrdiff_t{j} * kTerms;
+    a = hn::Mul(r[0], hn::Set(d, w[0]));
     HWY_UNROLL(4)
-    for (int k = 1; k < kTerms; ++k) a = hn::Add(a, hn::Mul(r[k], hn::Set(d, maps.inverse[j * kTerms + k])));
+    for (int k = 1; k < kTerms; ++k) a = hn::Add(a, hn::Mul(r[k], hn::Set(d, w[k])));
     sum = hn::Add(sum, hn::Mul(r[j], a));
   }
   best.norm = hn::Max(best.norm, sum);

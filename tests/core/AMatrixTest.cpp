@@ -132,7 +132,8 @@ TEST(AMatrixTest, LargeMatricesStartAtZeroAndKeepTheirElements) {
 TEST(AMatrixTest, LargeMatricesBeginAtDifferentLinesOfTheirPages) {
   // For transforms every one begins at a multiple of the widest vector's size.
   for (const std::uint32_t rows : {100U, 1500U}) {
-    const bool staggered = nextStagger() != nextStagger();  // not where a sanitizer watches
+    const std::size_t stagger = nextStagger();
+    const bool staggered = nextStagger() != stagger;  // not where a sanitizer watches
     std::set<std::size_t> places;
     std::vector<AMatrix<float>> matrices;
     for (int i = 0; i < 7; ++i) {
