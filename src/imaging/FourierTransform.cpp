@@ -12,6 +12,7 @@
 
 #include "core/Units.h"
 #include "imaging/Fft.h"
+#include "imaging/HermitianPacker.h"
 #include "imaging/ShareOut.h"
 
 namespace lumo {
@@ -21,6 +22,8 @@ namespace {
 // Columns (rows) that travel through the scratch buffer together: enough to use whole cache lines of the
 // row-major grid, few enough to stay in the second-level cache.
 constexpr std::int64_t kBatch = 8;
+// Columns that lie interleaved in the buffer, as they do in the grid: with more of them FFTW is slower.
+constexpr std::int64_t kTogether = 4;
 
 struct FftwDelete {
   void operator()(Complex* memory) const { fftw_free(memory); }
@@ -33,12 +36,14 @@ std::mutex& plannerMutex() {
 
 using Buffer = std::unique_ptr<Complex, FftwDelete>;
 
-/// The transform of kBatch contiguous vectors of one length, in place in any of its buffers: one for each
-/// member of a team. Every buffer is aligned alike, so the bits do not depend on who transforms.
+/// The transform of kBatch vectors of one length, in place in any of its buffers: one for each member of a
+/// team. `together` of them are interleaved, element by element, and their groups follow each other. Every
+/// buffer is aligned alike, so the bits do not depend on who transforms.
 class BatchPlan {
  public:
-  BatchPlan(std::int64_t length, int direction, double scale, int members)
+  BatchPlan(std::int64_t length, std::int64_t together, int direction, double scale, int members)
       : length_(length),
+        together_(together),
         usable_(isTransformLength(length)),
         scale_(direction < 1 ? scale : 1.0 / (static_cast<double>(length) * scale)) {
     const auto size = static_cast<std::size_t>(length * kBatch);
@@ -49,9 +54,10 @@ class BatchPlan {
     }
     if (!usable_) return;
     const int n = static_cast<int>(length);
+    const int stride = static_cast<int>(together);
     auto* const data = reinterpret_cast<fftw_complex*>(buffers_[0].get());
     const std::lock_guard lock(plannerMutex());
-    plan_ = fftw_plan_many_dft(1, &n, kBatch, data, nullptr, 1, n, data, nullptr, 1, n,
+    plan_ = fftw_plan_many_dft(1, &n, stride, data, nullptr, stride, 1, data, nullptr, stride, 1,
                                direction < 1 ? FFTW_FORWARD : FFTW_BACKWARD, FFTW_ESTIMATE);
     if (plan_ == nullptr) throw std::bad_alloc();
   }
@@ -62,57 +68,30 @@ class BatchPlan {
     if (plan_ != nullptr) fftw_destroy_plan(plan_);
   }
 
-  /// Vector `index` of a member's buffer.
-  [[nodiscard]] Complex* vector(std::size_t member, std::int64_t index) const {
-    return buffers_[member].get() + index * length_;
+  /// Element `t` of the first of the vectors of a group, those of the others behind it.
+  [[nodiscard]] Complex* element(std::size_t member, std::int64_t group, std::int64_t t) const {
+    return buffers_[member].get() + (group * length_ + t) * together_;
   }
   /// Transforms all vectors of a member's buffer; a refused length leaves them as they are.
   void transform(std::size_t member) const {
     if (!usable_) return;
-    Complex* const data = buffers_[member].get();
-    if (scale_ != 1.0)
+    if (scale_ != 1.0) {
+      Complex* const data = element(member, 0, 0);
       for (std::int64_t i = 0; i < length_ * kBatch; ++i) data[i] *= scale_;
-    auto* const values = reinterpret_cast<fftw_complex*>(data);
-    fftw_execute_dft(plan_, values, values);
+    }
+    for (std::int64_t group = 0; group < kBatch / together_; ++group) {
+      auto* const values = reinterpret_cast<fftw_complex*>(element(member, group, 0));
+      fftw_execute_dft(plan_, values, values);
+    }
   }
 
  private:
   std::int64_t length_;
+  std::int64_t together_;
   bool usable_;
   double scale_;
   std::vector<Buffer> buffers_;
   fftw_plan plan_ = nullptr;
-};
-
-/// PackHermitianRow with its factors computed once for all rows; the same operations in the same order.
-class HermitianPacker {
- public:
-  HermitianPacker(std::int64_t n, int direction) : n_(n) {
-    double angle = 1.5707963267948966;
-    const double step = direction * kPi / static_cast<double>(n);
-    for (std::int64_t k = 0; k <= n / 2; ++k, angle += step) {
-      alpha_.push_back((1.0 - std::cos(angle)) * 0.5);
-      beta_.push_back(-0.5 * std::sin(angle));
-    }
-  }
-  void pack(Complex* row) const {
-    for (std::int64_t k = 0; k <= n_ / 2; ++k) {
-      const double alpha = alpha_[static_cast<std::size_t>(k)];
-      const double beta = beta_[static_cast<std::size_t>(k)];
-      const Complex x = row[k];
-      const Complex y = row[n_ - k];
-      const double dr = x.real() - y.real();
-      const double di = x.imag() + y.imag();
-      const double tr = dr * alpha - di * beta;
-      const double ti = dr * beta + di * alpha;
-      row[k] = Complex(2.0 * (x.real() - tr), 2.0 * (x.imag() - ti));
-      if (k < n_ / 2) row[n_ - k] = Complex(2.0 * (y.real() + tr), 2.0 * (y.imag() - ti));
-    }
-  }
-
- private:
-  std::int64_t n_;
-  std::vector<double> alpha_, beta_;
 };
 
 /// Index i with the halves of 0 .. 2·half − 1 exchanged; what lies behind them stays.
@@ -121,16 +100,32 @@ std::int64_t exchanged(std::int64_t i, std::int64_t half) {
   return i < half ? i + half : i - half;
 }
 
+/// kTogether values, or as many as there are.
+void copyTogether(const Complex* from, std::int64_t count, Complex* to) {
+  // Of a length that the compiler knows, where it can be.
+  if (count < kTogether)
+    std::copy_n(from, count, to);
+  else
+    std::copy_n(from, kTogether, to);
+}
+
+/// One row's elements of a batch of columns; an address outside the grid does no harm.
+void prefetchBatch(const Complex* elements) {
+  constexpr std::int64_t kOfLine = 64 / sizeof(Complex);
+  for (std::int64_t i = 0; i < kBatch; i += kOfLine) __builtin_prefetch(elements + i);
+  __builtin_prefetch(elements + kBatch - 1);
+}
+
 /// Half the length that a pass of `length` has by the exponent rule.
 std::int64_t halfLength(std::uint32_t length) {
   return (std::int64_t{1} << transformExponent(length)) / 2;
 }
 
-/// Takes row r of a transformed grid, each value two samples, into the image with its quadrants exchanged.
-/// What lies behind the samples of the image, as a rule its last two columns, comes from `rest`.
-void storeRow(const Complex* row, const Complex* rest, std::int64_t r, AMatrix<double>& image) {
-  const std::int64_t halfRows = halfLength(image.rows());
-  const std::int64_t half = halfLength(image.columns());
+/// Takes row r of a transformed grid, each value two samples, into the image with its quadrants exchanged,
+/// which are `halfRows` by `half` samples. What lies behind the samples of the image, as a rule its last two
+/// columns, comes from `rest`.
+void storeRow(const Complex* row, const Complex* rest, std::int64_t r, std::int64_t halfRows,
+              std::int64_t half, AMatrix<double>& image) {
   const std::int64_t columns = image.columns();
   const auto* const samples = reinterpret_cast<const double*>(row);
   const auto* const others = reinterpret_cast<const double*>(rest);
@@ -146,8 +141,8 @@ void storeRow(const Complex* row, const Complex* rest, std::int64_t r, AMatrix<d
 
 struct GridTransform::Plans {
   Plans(std::int64_t rows, std::int64_t n, const TransformSettings& settings, int members)
-      : columns(rows, settings.direction, settings.columnScale, members),
-        row(n, settings.direction, settings.rowScale, members),
+      : columns(rows, kTogether, settings.direction, settings.columnScale, members),
+        row(n, 1, settings.direction, settings.rowScale, members),
         packer(n, settings.direction) {}
   BatchPlan columns, row;
   HermitianPacker packer;
@@ -209,12 +204,15 @@ void GridTransform::columnPass(AMatrix<Complex>& grid, Watch& watch) const {
              // hold what was there before; nothing reads their transforms.
              for (std::int64_t r = 0; r < rows; ++r) {
                const Complex* const from = grid.data() + exchanged(r, rows / 2) * columns + first;
-               for (std::int64_t i = 0; i < count; ++i) plan.vector(member, i)[r] = from[i];
+               for (std::int64_t i = 0; i < count; i += kTogether)
+                 copyTogether(from + i, count - i, plan.element(member, i / kTogether, r));
              }
              plan.transform(member);
              for (std::int64_t r = 0; r < rows; ++r) {
                Complex* const to = grid.data() + r * columns + first;
-               for (std::int64_t i = 0; i < count; ++i) to[i] = plan.vector(member, i)[r];
+               prefetchBatch(to + kBatch);  // for the next batch of columns, which lie far apart
+               for (std::int64_t i = 0; i < count; i += kTogether)
+                 copyTogether(plan.element(member, i / kTogether, r), count - i, to + i);
              }
            });
 }
@@ -224,7 +222,9 @@ void GridTransform::rowPass(AMatrix<Complex>& grid, AMatrix<double>& image, Watc
   const std::int64_t columns = grid.columns();
   const BatchPlan& plan = plans_->row;
   // Where all samples of the image are in a transformed vector they need not go back to the grid first.
-  const bool whole = halfLength(static_cast<std::uint32_t>(2 * columns)) == columns - 1;
+  const std::int64_t half = halfLength(image.columns());
+  const std::int64_t halfRows = halfLength(image.rows());
+  const bool whole = half == columns - 1;
   shareOut(team_, static_cast<std::size_t>((rows + kBatch - 1) / kBatch),
            [&](std::size_t n, std::size_t member) {
              const std::int64_t first = static_cast<std::int64_t>(n) * kBatch;
@@ -232,14 +232,14 @@ void GridTransform::rowPass(AMatrix<Complex>& grid, AMatrix<double>& image, Watc
              if (!watch.step(count)) return;
              for (std::int64_t i = 0; i < count; ++i) {
                Complex* const row = grid.data() + (first + i) * columns;
-               plans_->packer.pack(row);
-               std::copy_n(row, columns - 1, plan.vector(member, i));
+               plans_->packer.pack(row, plan.element(member, i, 0));
              }
              plan.transform(member);
              for (std::int64_t i = 0; i < count; ++i) {
                Complex* const row = grid.data() + (first + i) * columns;
-               if (!whole) std::copy_n(plan.vector(member, i), columns - 1, row);
-               storeRow(whole ? plan.vector(member, i) : row, row, first + i, image);
+               const Complex* const transformed = plan.element(member, i, 0);
+               if (!whole) std::copy_n(transformed, columns - 1, row);
+               storeRow(whole ? transformed : row, row, first + i, halfRows, half, image);
              }
            });
 }

@@ -12,6 +12,7 @@
 
 #include "clean/CleanTileKernel.h"
 #include "clean/CleanTrace.h"
+#include "support/TargetGuard.h"
 
 namespace lumo {
 namespace {

@@ -2,7 +2,6 @@
 #include "clean/CleanTrace.h"
 
 #include <gtest/gtest.h>
-#include <hwy/highway.h>
 
 #include <cstring>
 #include <map>
@@ -88,11 +87,6 @@ CleanProblem noisySky(std::int32_t terms, Shape map, double noise) {
   for (AMatrix<float>& matrix : problem.maps)
     for (std::size_t i = 0; i < matrix.size(); ++i) matrix.data()[i] += normal(random);
   return problem;
-}
-
-void TargetGuard::choose(std::int64_t targets) {
-  hwy::SetSupportedTargetsForTest(targets);
-  hwy::GetChosenTarget().Update(hwy::SupportedTargets());
 }
 
 }  // namespace lumo::test

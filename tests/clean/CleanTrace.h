@@ -81,16 +81,4 @@ void expectSameRun(const Trace& plain, const Trace& fast, const std::string& wha
 /// Sources in a crowded corner and a lone one, with noise in every term.
 [[nodiscard]] CleanProblem noisySky(std::int32_t terms, Shape map, double noise = 0.01);
 
-/// Chooses an instruction set for the vector code, and all again at its end.
-class TargetGuard {
- public:
-  explicit TargetGuard(std::int64_t target) { choose(target); }
-  TargetGuard(const TargetGuard&) = delete;
-  TargetGuard& operator=(const TargetGuard&) = delete;
-  ~TargetGuard() { choose(0); }
-
- private:
-  static void choose(std::int64_t targets);
-};
-
 }  // namespace lumo::test

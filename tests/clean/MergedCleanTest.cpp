@@ -11,6 +11,7 @@
 #include "clean/BeamMatrix.h"
 #include "clean/CleanEngineChoice.h"
 #include "clean/CleanTrace.h"
+#include "support/TargetGuard.h"
 
 namespace lumo {
 namespace {

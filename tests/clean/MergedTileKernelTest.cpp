@@ -12,6 +12,7 @@
 #include "clean/CleanProblem.h"
 #include "clean/CleanTrace.h"
 #include "clean/MergedTileKernel.h"
+#include "support/TargetGuard.h"
 
 namespace lumo {
 namespace {

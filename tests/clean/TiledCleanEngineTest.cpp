@@ -14,6 +14,7 @@
 #include "clean/CleanTrace.h"
 #include "clean/CleanWorker.h"
 #include "clean/TiledCleanEngine.h"
+#include "support/TargetGuard.h"
 
 namespace lumo {
 namespace {
