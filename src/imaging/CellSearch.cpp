@@ -23,42 +23,57 @@ constexpr double kClearly = 0.5 - 0x1p-30;
 
 static_assert(sizeof(WorkGrid::Cell) == 4 * sizeof(double));
 
+/// Where a point (u, v) of the half plane u >= 0 falls.
 struct Place {
   Vector row, column;
+  Mask clearX, clearY;  ///< far from the edges of that column, of that row
+  Mask inside;          ///< surely inside this cell and no other, and the conjugate point in none
+};
+
+/// For points that are not inside.
+struct OtherPlace {
   Mask nowhere;  ///< surely outside of every cell of the grid, and the conjugate point too
-  Mask inside;   ///< surely inside this cell and no other, and the conjugate point in none
   Mask twins;    ///< surely inside this cell of column 0, and the conjugate point in the one opposite
 };
 
-/// Where the point (u, v) of the half plane u >= 0 falls.
+HWY_INLINE Mask between(Vector value, double first, double last) {
+  const Tag d;
+  return hn::And(hn::Ge(value, hn::Set(d, first)), hn::Le(value, hn::Set(d, last)));
+}
+
 HWY_INLINE Place find(const GridGeometry& g, Vector u, Vector v) {
   const Tag d;
   const auto set = [d](double value) { return hn::Set(d, value); };
   const auto center = [&](Vector position, double extent, double perCell) {
     return hn::Trunc(hn::Add(hn::Mul(hn::Add(position, set(extent)), set(perCell)), set(0.5)));
   };
-  const auto between = [&](Vector value, double first, double last) {
-    return hn::And(hn::Ge(value, set(first)), hn::Le(value, set(last)));
-  };
   Place place;
   place.column = hn::Sub(center(u, g.uMax, g.perDu), set(g.nx));
   place.row = center(v, g.vMax, g.perDv);
   const Vector x = hn::Sub(hn::Mul(place.column, set(g.du)), u);
   const Vector y = hn::Sub(hn::Sub(hn::Mul(place.row, set(g.dv)), set(g.vMax)), v);
-  const Mask clearX = hn::Le(hn::Abs(x), set(kClearly * g.du));
-  const Mask clearY = hn::Le(hn::Abs(y), set(kClearly * g.dv));
+  place.clearX = hn::Le(hn::Abs(x), set(kClearly * g.du));
+  place.clearY = hn::Le(hn::Abs(y), set(kClearly * g.dv));
   // With u above du/2 the conjugate point's x = c du + u is too large for every column c >= 0.
-  const Mask alone = hn::Or(hn::Ge(place.column, set(2)), hn::And(clearX, hn::Ge(place.column, set(1))));
+  place.inside = hn::And(hn::And(place.clearX, between(place.column, 1, g.columns - 1)),
+                         hn::And(place.clearY, between(place.row, 0, g.rows - 1)));
+  return place;
+}
+
+HWY_INLINE OtherPlace findOther(const GridGeometry& g, const Place& place) {
+  const Tag d;
+  const auto set = [d](double value) { return hn::Set(d, value); };
+  // As above, and in column 2 whatever the rounding.
+  const Mask alone =
+      hn::Or(hn::Ge(place.column, set(2)), hn::And(place.clearX, hn::Ge(place.column, set(1))));
   const Mask outOfColumns = hn::Gt(place.column, set(g.columns - 1));
   const Mask inRows = between(place.row, 0, g.rows - 1);
   const Mask far = hn::Or(hn::Gt(place.column, set(g.columns)), hn::Not(between(place.row, -1, g.rows)));
-  const Mask beside = hn::Or(hn::And(clearX, outOfColumns), hn::AndNot(inRows, clearY));
-  place.nowhere = hn::And(alone, hn::Or(far, beside));
-  const Mask clear = hn::And(clearX, clearY);
-  place.inside = hn::And(clear, hn::AndNot(outOfColumns, hn::And(alone, inRows)));
+  const Mask beside = hn::Or(hn::And(place.clearX, outOfColumns), hn::AndNot(inRows, place.clearY));
   const Mask opposite = hn::AndNot(hn::Eq(place.row, set(g.ny)), between(place.row, 1, g.rows - 1));
-  place.twins = hn::And(clear, hn::And(hn::Eq(place.column, hn::Zero(d)), opposite));
-  return place;
+  const Mask clear = hn::And(place.clearX, place.clearY);
+  return {hn::And(alone, hn::Or(far, beside)),
+          hn::And(clear, hn::And(hn::Eq(place.column, hn::Zero(d)), opposite))};
 }
 
 /// WorkGrid::Layout::cell in doubles, which hold these numbers exactly.
@@ -88,10 +103,14 @@ void searchAll(const GridGeometry& g, PointList& points) {
     const Vector v = hn::Load(d, points.v + i);
     const Mask conjugate = hn::Lt(u, hn::Zero(d));
     const Place place = find(g, hn::Abs(u), hn::IfThenElse(conjugate, hn::Neg(v), v));
-    const Vector cell = cellNumber(layout, place.row, place.column);
-    const Vector alone = hn::IfThenElse(place.nowhere, none, unclear);
-    const Vector other = hn::IfThenElse(place.twins, hn::Sub(hn::Set(d, PointList::kTwins), cell), alone);
-    hn::Store(hn::DemoteTo(di, hn::IfThenElse(place.inside, cell, other)), di, points.cell + i);
+    Vector cell = cellNumber(layout, place.row, place.column);
+    if (!hn::AllTrue(d, place.inside)) {
+      const OtherPlace other = findOther(g, place);
+      const Vector alone = hn::IfThenElse(other.nowhere, none, unclear);
+      const Vector outside = hn::IfThenElse(other.twins, hn::Sub(hn::Set(d, PointList::kTwins), cell), alone);
+      cell = hn::IfThenElse(place.inside, cell, outside);
+    }
+    hn::Store(hn::DemoteTo(di, cell), di, points.cell + i);
     const Vector weight = hn::Load(d, points.weight + i);
     const Vector im = hn::Load(d, points.im + i);
     const Vector weightedRe = hn::Mul(weight, hn::Load(d, points.re + i));

@@ -6,7 +6,48 @@
 
 #include "core/Units.h"
 
+// Compiled once per instruction set; the one to run is chosen when the program runs.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imaging/PointMaker.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace lumo::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using Tag = hn::CappedTag<double, PointList::kCapacity>;
+
+/// Whole vectors, which may reach beyond the last value: all arrays have room for kCapacity.
+void multiply(const double* from, double factor, std::size_t count, double* to) {
+  const Tag d;
+  for (std::size_t i = 0; i < count; i += hn::Lanes(d))
+    hn::Store(hn::Mul(hn::LoadU(d, from + i), hn::Set(d, factor)), d, to + i);
+}
+
+/// @return whether there may be a 0.
+bool widen(const float* from, std::size_t count, double* to) {
+  const Tag d;
+  const hn::Rebind<float, Tag> narrow;
+  auto least = hn::Set(d, 1.0);
+  for (std::size_t i = 0; i < count; i += hn::Lanes(d)) {
+    const auto value = hn::PromoteTo(d, hn::LoadU(narrow, from + i));
+    least = hn::Min(least, hn::Abs(value));
+    hn::Store(value, d, to + i);
+  }
+  return !hn::AllTrue(d, hn::Gt(least, hn::Zero(d)));
+}
+
+}  // namespace lumo::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
 namespace lumo {
+
+HWY_EXPORT(multiply);
+HWY_EXPORT(widen);
 
 PointMaker::PointMaker(const ABMakeParameters& parameters, const AB3DFunc& taper)
     : parameters_(parameters),
@@ -31,16 +72,6 @@ void dropUnusable(PointList& points) {
   points.count = kept;
 }
 
-/// Turns u and v into wavelengths; frequencyOf(record) in Hz.
-template <typename FrequencyOf>
-void scale(const Stretch& stretch, const FrequencyOf& frequencyOf, PointList& points) {
-  for (std::size_t i = 0; i < stretch.records; ++i) {
-    const double frequency = frequencyOf(i);
-    points.u[i] = stretch.u[i] * frequency;
-    points.v[i] = stretch.v[i] * frequency;
-  }
-}
-
 }  // namespace
 
 void PointMaker::make(const Stretch& stretch, std::size_t ifIndex, const IfBatch& batch,
@@ -49,22 +80,21 @@ void PointMaker::make(const Stretch& stretch, std::size_t ifIndex, const IfBatch
   const std::size_t count = stretch.records;
   std::copy_n(stretch.selection, count, points.selection);
   if (batch.selections.size() == 1) {
-    scale(
-        stretch, [frequency = batch.frequencies[ifIndex]](std::size_t /*record*/) { return frequency; },
-        points);
+    const double frequency = batch.frequencies[ifIndex];
+    HWY_DYNAMIC_DISPATCH(multiply)(stretch.u, frequency, count, points.u);
+    HWY_DYNAMIC_DISPATCH(multiply)(stretch.v, frequency, count, points.v);
   } else {
-    scale(
-        stretch, [&](std::size_t i) { return batch.frequencies[stretch.selection[i] * batch.ifs + ifIndex]; },
-        points);
+    for (std::size_t i = 0; i < count; ++i) {
+      const double frequency = batch.frequencies[stretch.selection[i] * batch.ifs + ifIndex];
+      points.u[i] = stretch.u[i] * frequency;
+      points.v[i] = stretch.v[i] * frequency;
+    }
   }
-  for (std::size_t i = 0; i < count; ++i) {
-    points.weight[i] = means.weight[i];
-    points.re[i] = means.re[i];
-    points.im[i] = means.im[i];
-  }
+  const bool gaps = HWY_DYNAMIC_DISPATCH(widen)(means.weight, count, points.weight);
+  static_cast<void>(HWY_DYNAMIC_DISPATCH(widen)(means.re, count, points.re));
+  static_cast<void>(HWY_DYNAMIC_DISPATCH(widen)(means.im, count, points.im));
   points.count = count;
-  if (std::any_of(means.weight, means.weight + count, [](float weight) { return weight == 0; }))
-    dropUnusable(points);
+  if (gaps) dropUnusable(points);
   weigh(points);
   if (phaseX_ != 0 || phaseY_ != 0) turn(points);
 }
@@ -92,3 +122,5 @@ void PointMaker::turn(PointList& points) const {
 }
 
 }  // namespace lumo
+
+#endif

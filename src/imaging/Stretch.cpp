@@ -2,8 +2,10 @@
 #include "imaging/Stretch.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
+#include "imaging/StretchColumns.h"
 #include "io/UvxTables.h"
 
 namespace lumo {
@@ -14,6 +16,7 @@ StretchReader::StretchReader(const AUVXFile& file, const IfBatch& batch, const C
       cancel_(cancel),
       channels_(file.shape().channels),
       channelBytes_(file.shape().products * sizeof(AUVXComplex)),
+      single_(channels_ == 1 && file.shape().products == 1 && std::endian::native == std::endian::little),
       copies_(copies(batch.ifs, file.shape().ifs, file.groupBytes())),
       atOnce_(copies_ ? kRoomBytes / file.groupBytes() : Stretch::kCapacity) {
   keepSelections(batch.selections.size());
@@ -49,6 +52,8 @@ bool StretchReader::take(std::uint64_t begin, std::uint64_t end, std::size_t ifs
   const std::uint8_t* bytes = groups(begin, end, room);
   const auto source = static_cast<std::int16_t>(batch_.sourceId);
   const std::size_t firstBytes = static_cast<std::size_t>(batch_.first) * channels_ * channelBytes_;
+  const std::size_t first = stretch.records;
+  const std::uint8_t* values[Stretch::kCapacity];  // of the records from the first on
   for (std::uint64_t group = begin; group < end; ++group, bytes += file_.groupBytes()) {
     if (!isMeant(group)) continue;
     const UvxRecord record = UvxRecord::load(bytes);
@@ -60,19 +65,29 @@ bool StretchReader::take(std::uint64_t begin, std::uint64_t end, std::size_t ifs
     stretch.u[stretch.records] = record.u;
     stretch.v[stretch.records] = record.v;
     stretch.selection[stretch.records] = static_cast<std::uint8_t>(selection);
-    const std::uint8_t* const values = bytes + UvxRecord::kBytes + firstBytes;
-    if (batch_.mix.second() < 0)
-      average<false>(values, ifs, stretch);
-    else
-      average<true>(values, ifs, stretch);
+    values[stretch.records - first] = bytes + UvxRecord::kBytes + firstBytes;
     ++stretch.records;
   }
+  average(values, first, ifs, stretch);
   return true;
 }
 
+/// The records from `first` on, whose values begin at values[0] ...
+void StretchReader::average(const std::uint8_t* const* values, std::size_t first, std::size_t ifs,
+                            Stretch& stretch) const {
+  std::size_t record = first;
+  if (single_) record += takeColumns(values, stretch.records - first, first, ifs, stretch.ifs.data());
+  for (; record < stretch.records; ++record) {
+    if (batch_.mix.second() < 0)
+      averageRecord<false>(values[record - first], record, ifs, stretch);
+    else
+      averageRecord<true>(values[record - first], record, ifs, stretch);
+  }
+}
+
 template <bool kTwoProducts>
-void StretchReader::average(const std::uint8_t* values, std::size_t ifs, Stretch& stretch) const {
-  const std::size_t record = stretch.records;
+void StretchReader::averageRecord(const std::uint8_t* values, std::size_t record, std::size_t ifs,
+                                  Stretch& stretch) const {
   for (std::size_t i = 0; i < ifs; ++i) {
     Stretch::Means& means = stretch.ifs[i];
     if (channels_ == 1) {

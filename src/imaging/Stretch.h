@@ -40,11 +40,13 @@ struct Stretch {
     float im[kPadded];
     float weight[kPadded];
   };
+  static_assert(sizeof(Means) == 3 * sizeof(Means::re));
 
   std::size_t records = 0;
-  double u[kCapacity];  ///< seconds of light travel
-  double v[kCapacity];
-  std::uint8_t selection[kCapacity];  ///< index in the batch's list
+  // What lies behind the last record is read and made no use of.
+  double u[kCapacity] = {};  ///< seconds of light travel
+  double v[kCapacity] = {};
+  std::uint8_t selection[kCapacity] = {};  ///< index in the batch's list
   std::vector<Means> ifs;
 };
 
@@ -89,8 +91,9 @@ class StretchReader {
   [[nodiscard]] const std::uint8_t* groups(std::uint64_t begin, std::uint64_t end, Room& room) const;
   [[nodiscard]] bool take(std::uint64_t begin, std::uint64_t end, std::size_t ifs, Stretch& stretch,
                           Room& room) const;
+  void average(const std::uint8_t* const* values, std::size_t first, std::size_t ifs, Stretch& stretch) const;
   template <bool kTwoProducts>
-  void average(const std::uint8_t* values, std::size_t ifs, Stretch& stretch) const;
+  void averageRecord(const std::uint8_t* values, std::size_t record, std::size_t ifs, Stretch& stretch) const;
 
   const AUVXFile& file_;
   const IfBatch& batch_;
@@ -98,6 +101,7 @@ class StretchReader {
   std::array<std::int16_t, 256> selections_;  ///< index in the batch's list, by the byte of the ID
   std::size_t channels_;
   std::size_t channelBytes_;
+  bool single_;  ///< one channel of one product, which needs no averaging
   bool copies_;
   std::uint64_t atOnce_;  ///< groups
 };
