@@ -24,10 +24,10 @@ constexpr std::size_t kExactSteps = 128;
 constexpr std::size_t kOldestPart = 4;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 /// Tiles of the largest bounds that are taken at once, and how often, before all the others that may win are:
-/// after that many the best score hardly rises. Not as many as there are threads: rounding once, the bits
-/// depend on which tiles are brought up to date.
+/// after that many the best score hardly rises, and several threads meet after every time. Not as many as
+/// there are threads: rounding once, the bits depend on which tiles are brought up to date.
 constexpr std::size_t kLeaders = 4;
-constexpr int kLeaderRounds = 2;
+constexpr int kLeaderRounds = 3;
 /// A list that merges takes this part of the memory of maps and beams.
 constexpr std::size_t kListPart = 100;
 
@@ -127,7 +127,6 @@ void TiledCleanEngine::makeTiles() {
   scoreBound_.assign(tiles_.size(), kInfinity);
   bound_.assign(tiles_.size(), kInfinity);
   chosen_.reserve(tiles_.size());
-  rivals_.reserve(tiles_.size());
   pieces_.reserve(tiles_.size() * static_cast<std::size_t>(team_->size()));
 }
 
@@ -149,8 +148,7 @@ void TiledCleanEngine::pointAtMaps() {
 std::size_t TiledCleanEngine::workingBytes() const {
   return list_.bytes() + reach_.bytes() + tiles_.capacity() * sizeof(Tile) +
          (normBound_.capacity() + scoreBound_.capacity() + bound_.capacity()) * sizeof(double) +
-         (rivals_.capacity() + chosen_.capacity()) * sizeof(std::uint32_t) +
-         pieces_.capacity() * sizeof(CleanTileBest);
+         chosen_.capacity() * sizeof(std::uint32_t) + pieces_.capacity() * sizeof(CleanTileBest);
 }
 
 void TiledCleanEngine::settle() {
@@ -199,15 +197,11 @@ bool TiledCleanEngine::search(double gainValue, CleanStep& step) {
   if (!tiled_) return PlainCleanEngine::search(gainValue, step);
   best_ = nullptr;
   formBounds(Gain(gainValue));
-  chooseLargest(kLeaders);
-  bringUpToDate(gainValue);
-  collectRivals();
-  std::size_t done = 0;
-  for (int round = 0; round < kLeaderRounds && done < rivals_.size(); ++round, done += kLeaders) {
-    chooseRivals(done, kLeaders);
+  for (int round = 0; round < kLeaderRounds; ++round) {
+    chooseLeaders();
     bringUpToDate(gainValue);
   }
-  chooseRivals(done, rivals_.size());
+  chooseRivals();
   bringUpToDate(gainValue);
   if (list_.size() == list_.capacity()) {
     chooseOverdue();
@@ -219,40 +213,35 @@ bool TiledCleanEngine::search(double gainValue, CleanStep& step) {
   return true;
 }
 
-void TiledCleanEngine::chooseLargest(std::size_t count) {
+void TiledCleanEngine::chooseLeaders() {
   const auto larger = [this](std::uint32_t a, std::uint32_t b) { return bound_[a] > bound_[b]; };
+  const double best = bestScore();
   chosen_.clear();
   for (std::uint32_t i = 0; i < tiles_.size(); ++i) {
-    if (chosen_.size() == count && !(bound_[i] > bound_[chosen_.back()])) continue;
-    if (chosen_.size() == count) chosen_.pop_back();
+    if (!(bound_[i] >= best)) continue;
+    if (chosen_.size() == kLeaders && !(bound_[i] > bound_[chosen_.back()])) continue;
+    if (chosen_.size() == kLeaders) chosen_.pop_back();
     chosen_.insert(std::upper_bound(chosen_.begin(), chosen_.end(), i, larger), i);
   }
 }
 
-void TiledCleanEngine::collectRivals() {
+void TiledCleanEngine::chooseRivals() {
   const double best = bestScore();
-  rivals_.clear();
   // Written so that a bound that is not a number is reached.
-  for (std::uint32_t i = 0; i < tiles_.size(); ++i)
-    if (!(bound_[i] < best)) rivals_.push_back(i);
-  std::sort(rivals_.begin(), rivals_.end(),
-            [this](std::uint32_t a, std::uint32_t b) { return bound_[a] > bound_[b]; });
-}
-
-/// Of the rivals from `first` on the next `count`, as far as they still are.
-void TiledCleanEngine::chooseRivals(std::size_t first, std::size_t count) {
-  chosen_.clear();
-  for (std::size_t i = first; i < rivals_.size() && i - first < count; ++i)
-    if (!(bound_[rivals_[i]] < bestScore())) chosen_.push_back(rivals_[i]);
+  chooseWhere([&](std::size_t i) { return !(bound_[i] < best); });
 }
 
 void TiledCleanEngine::chooseOverdue() {
+  chooseWhere([&](std::size_t i) { return tiles_[i].applied < list_.capacity() / kOldestPart; });
+}
+
+/// Column by column: tiles above each other lie on nearly the same beam rows, which stay in the cache.
+template <typename Condition>
+void TiledCleanEngine::chooseWhere(const Condition& condition) {
   chosen_.clear();
-  // Column by column: tiles above each other lie on nearly the same beam rows, which stay in the cache.
   for (std::size_t column = 0; column < tileColumns_; ++column)
     for (std::size_t i = column; i < tiles_.size(); i += tileColumns_)
-      if (tiles_[i].applied < list_.capacity() / kOldestPart)
-        chosen_.push_back(static_cast<std::uint32_t>(i));
+      if (condition(i)) chosen_.push_back(static_cast<std::uint32_t>(i));
 }
 
 void TiledCleanEngine::bringUpToDate(double gain) {

@@ -44,10 +44,9 @@ struct CleanTiling {
 /// registers, in their order and with each of the roundings, and the pass finds the tile's best pixel as well
 /// (updateCleanTile).
 ///
-///     search:    bring up to date the two tiles of the largest bounds
-///                of the others whose bound reaches the best score so found, bring up to date
-///                  the two largest, a few times
-///                  then all at once, and when the list is full those that lack its oldest steps
+///     search:    bring up to date the tiles of the largest bounds, four at a time, a few times
+///                then all others whose bound reaches the best score so found
+///                and when the list is full those that lack its oldest steps
 ///                choose the best pixel of the tiles just searched, the last in scan order among equals
 ///     subtract:  raise the bounds of all tiles;  append the step to the list
 ///
@@ -124,10 +123,11 @@ class TiledCleanEngine final : public PlainCleanEngine {
   void formBounds(const Gain& gain);
   [[nodiscard]] bool raiseBounds(const CleanStep& step);
   [[nodiscard]] double bestScore() const { return best_ != nullptr ? best_->score : 0.0; }
-  void chooseLargest(std::size_t count);
-  void collectRivals();
-  void chooseRivals(std::size_t first, std::size_t count);
+  void chooseLeaders();
+  void chooseRivals();
   void chooseOverdue();
+  template <typename Condition>
+  void chooseWhere(const Condition& condition);
   void bringUpToDate(double gain);
   void updatePieces(double gain);
   [[nodiscard]] CleanTileBest updatePiece(std::uint32_t index, std::size_t part, double gain) const;
@@ -152,7 +152,6 @@ class TiledCleanEngine final : public PlainCleanEngine {
   std::vector<double> scoreBound_;
   std::vector<double> bound_;
   CleanStepList list_;
-  std::vector<std::uint32_t> rivals_;  ///< tiles whose bound reaches the best score, largest first
   std::vector<std::uint32_t> chosen_;  ///< tiles to bring up to date
   std::vector<CleanTileBest> pieces_;  ///< what each part of these holds, tile by tile
   std::size_t piecesPerTile_ = 1;
