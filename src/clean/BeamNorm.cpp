@@ -128,10 +128,6 @@ double BeamNorm::singleError(double x) const {
   return kUp * kSingleRounding * condition_ * x * x;
 }
 
-double BeamNorm::fromSingle(double formed, double x) const {
-  return kUp * (formed + singleError(x));
-}
-
 double BeamNorm::stepNorm(const double* increments) const {
   double sum = 0.0;
   double size = 0.0;

@@ -53,11 +53,8 @@ class BeamNorm {
   /// (sum_k sqrt(W_kk M_kk))^2: a score formed in double is wrong by at most a few 2^-53 times this, relative
   /// to |r|^2.
   [[nodiscard]] double condition() const { return condition_; }
-  /// Upper bound of S = r' W r of a tile, whose largest value formed in single precision is `formed`.
-  /// @param x upper bound of |r| in the tile.
-  /// @return infinity where single precision cannot tell.
-  [[nodiscard]] double fromSingle(double formed, double x) const;
-  /// By how much S may be larger than what is formed in single precision; infinite where that cannot tell.
+  /// By how much S = r' W r may be larger than what is formed in single precision, with at most 16 roundings
+  /// of any of its terms; infinite where that cannot tell.
   /// @param x upper bound of |r|.
   [[nodiscard]] double singleError(double x) const;
   /// Bound of |r| and of d below which no residual can leave the range of a float.

@@ -246,7 +246,6 @@ void TiledCleanEngine::chooseWhere(const Condition& condition) {
 
 void TiledCleanEngine::bringUpToDate(double gain) {
   if (chosen_.empty()) return;
-  const double known = bestScore();
   updatePieces(gain);
   for (const std::uint32_t i : chosen_) tiles_[i].best = {};
   for (std::size_t p = 0; p < pieces_.size(); ++p) {
@@ -260,7 +259,6 @@ void TiledCleanEngine::bringUpToDate(double gain) {
   }
   for (const std::uint32_t i : chosen_) {
     Tile& tile = tiles_[i];
-    if (tiling_.rounding == CleanRounding::kOnce) tile.best = searchMerged(i, gain, known);
     tile.applied = list_.size();
     tile.gain = gain;
     tile.slope = slopeOf(gain);
@@ -319,13 +317,9 @@ CleanTileBest TiledCleanEngine::updatePiece(std::uint32_t index, std::size_t par
   area.firstRow = rowOf(part);
   area.lastRow = rowOf(part + 1);
   if (area.firstRow == area.lastRow) return {};
-  if (tiling_.rounding == CleanRounding::kOnce) {
-    CleanTileBest formed;
-    formed.norm = subtractLacking(area, tile.applied);
-    return formed;
-  }
-  return updateCleanTile(maps_, area, list_.data() + tile.applied, list_.size() - tile.applied,
-                         {gain, bestScore(), norm_.singleError(normBound_[index])});
+  const CleanContest contest{gain, bestScore(), norm_.singleError(normBound_[index])};
+  if (tiling_.rounding == CleanRounding::kOnce) return updateMerged(area, tile.applied, contest);
+  return updateCleanTile(maps_, area, list_.data() + tile.applied, list_.size() - tile.applied, contest);
 }
 
 /// Subtracts the steps from `applied` on, merged.
@@ -342,16 +336,17 @@ double TiledCleanEngine::subtractLacking(const CleanTileArea& area, std::size_t 
   return formed;
 }
 
-/// Searches a tile from which all steps are subtracted, `best.norm` being formed in single precision.
-/// @param known a score that has been found: a tile that cannot reach it gets a bound only.
-CleanTileBest TiledCleanEngine::searchMerged(std::size_t index, double gain, double known) const {
-  const Tile& tile = tiles_[index];
-  if (!constrained()) {
-    CleanTileBest loser;
-    loser.norm = norm_.fromSingle(tile.best.norm, normBound_[index]);
-    if (kUp * (2.0 - gain) * gain * loser.norm < known) return loser;
-  }
-  return updateCleanTile(maps_, tile.area, nullptr, 0, {gain, known, norm_.singleError(normBound_[index])});
+/// The same rounding once. Without the constraint an area that cannot reach the score gets a bound only, and
+/// all bounds come from single precision: however many parts a tile has, their largest is the same.
+CleanTileBest TiledCleanEngine::updateMerged(const CleanTileArea& area, std::size_t applied,
+                                             const CleanContest& contest) const {
+  CleanTileBest best;
+  best.norm = kUp * (subtractLacking(area, applied) + contest.singleError);
+  if (!constrained() && kUp * (2.0 - contest.gain) * contest.gain * best.norm < contest.score) return best;
+  const double bound = best.norm;
+  best = updateCleanTile(maps_, area, nullptr, 0, contest);
+  if (!constrained() && std::isfinite(bound)) best.norm = bound;
+  return best;
 }
 
 void TiledCleanEngine::dropSubtracted() {

@@ -132,7 +132,8 @@ class TiledCleanEngine final : public PlainCleanEngine {
   void updatePieces(double gain);
   [[nodiscard]] CleanTileBest updatePiece(std::uint32_t index, std::size_t part, double gain) const;
   [[nodiscard]] double subtractLacking(const CleanTileArea& area, std::size_t applied) const;
-  [[nodiscard]] CleanTileBest searchMerged(std::size_t index, double gain, double known) const;
+  [[nodiscard]] CleanTileBest updateMerged(const CleanTileArea& area, std::size_t applied,
+                                           const CleanContest& contest) const;
   void dropSubtracted();
   [[nodiscard]] std::size_t peakOf(const CleanTileBest& best, double gain) const;
   void fillStep(const CleanTileBest& best, double gain, CleanStep& step) const;

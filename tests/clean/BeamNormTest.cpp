@@ -162,16 +162,16 @@ TEST(BeamReachTest, BoundsEveryElementBelowATileAtAnyPlaceOfThePeriodicBeam) {
   }
 }
 
-TEST(BeamNormTest, NormFormedInSinglePrecisionIsRaisedByItsRoundingOrGivenUp) {
+TEST(BeamNormTest, ErrorOfSinglePrecisionIsThatOfItsRoundingsOrNotKnown) {
   const CleanProblem problem = test::randomProblem(2, {9, 20}, {18, 40}, 3);
   const Norm measured(problem);
   ASSERT_TRUE(measured.usable);
   // At most 16 roundings of 2^-24, each of a value within condition() x^2; and not needlessly much more.
   const double margin = 16.0 * 0x1p-24 * measured.norm.condition() * 4.0;
-  EXPECT_GE(measured.norm.fromSingle(3.0, 2.0), 3.0 + margin);
-  EXPECT_LE(measured.norm.fromSingle(3.0, 2.0), (3.0 + margin) * (1.0 + 1e-8));
+  EXPECT_GE(measured.norm.singleError(2.0), margin);
+  EXPECT_LE(measured.norm.singleError(2.0), margin * (1.0 + 1e-8));
   for (const double outside : {1e-9, 1e9, HUGE_VAL, std::nan("")})
-    EXPECT_EQ(measured.norm.fromSingle(3.0, outside), HUGE_VAL) << outside;
+    EXPECT_EQ(measured.norm.singleError(outside), HUGE_VAL) << outside;
 }
 
 TEST(BeamNormTest, BeamsWhoseNormsSinglePrecisionCannotHoldAreGivenUp) {
@@ -180,7 +180,7 @@ TEST(BeamNormTest, BeamsWhoseNormsSinglePrecisionCannotHoldAreGivenUp) {
     for (std::size_t i = 0; i < beam.size(); ++i) beam.data()[i] *= 1e-9F;
   const Norm measured(problem);
   ASSERT_TRUE(measured.usable);
-  EXPECT_EQ(measured.norm.fromSingle(3.0, 2.0), HUGE_VAL);
+  EXPECT_EQ(measured.norm.singleError(2.0), HUGE_VAL);
 }
 
 TEST(BeamNormTest, SmallestBeamIsTheSmallestValueOfAnyBeamThatIsNotZero) {
