@@ -123,7 +123,11 @@ bool BeamNorm::measureBeams(const APtrArray<AMatrix<float>*>& beams, const AMatr
 }
 
 double BeamNorm::singleError(double x) const {
-  if (!singleHolds_ || !(x > 1.0 / kLargestSingle && x < kLargestSingle)) return HUGE_VAL;
+  // A larger error would leave little of a bound that is formed with it.
+  constexpr double kLargestShare = 0.01;
+  if (!singleHolds_ || kSingleRounding * condition_ > kLargestShare ||
+      !(x > 1.0 / kLargestSingle && x < kLargestSingle))
+    return HUGE_VAL;
   // sum_jk |r_j W_jk r_k| <= condition |r|^2
   return kUp * kSingleRounding * condition_ * x * x;
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "clean/BeamPlacement.h"
 
@@ -66,11 +67,11 @@ HWY_INLINE V roundToFloat(D d, V value) {
     const hn::Rebind<float, D> df;
     return hn::PromoteTo(d, hn::DemoteTo(df, value));
   } else {
-    // Beside 1.5 2^29 times its power of two, a double keeps 24 bits of the value. The signs are those that
-    // leave a zero its own.
+    // Beside 1.5 2^29 times its power of two, a double keeps 24 bits of the value. With these signs a zero
+    // keeps its own, whether products and differences are fused or not.
     const V power = hn::And(value, hn::Inf(d));
-    const V shift = hn::Set(d, 1.5 * 0x1p29);
-    return hn::NegMulSub(power, shift, hn::NegMulSub(power, shift, value));
+    const V shift = hn::Set(d, -1.5 * 0x1p29);
+    return hn::MulSub(power, shift, hn::MulSub(power, shift, value));
   }
 }
 
@@ -273,7 +274,8 @@ class RowContest {
 
   /// From now on pixels must reach `score`.
   HWY_INLINE void raise(double score) {
-    least_ = static_cast<float>(kDown * (score / (kUp * scale_) - contest_.singleError));
+    constexpr double kLargest = std::numeric_limits<float>::max();  // no S comes near it
+    least_ = static_cast<float>(std::min(kLargest, kDown * (score / (kUp * scale_) - contest_.singleError)));
   }
 
   /// Whether any of `width` pixels may reach the score.

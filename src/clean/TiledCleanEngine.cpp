@@ -153,6 +153,7 @@ std::size_t TiledCleanEngine::workingBytes() const {
 
 void TiledCleanEngine::settle() {
   if (!tiled_ || list_.size() == 0) return;
+  best_ = nullptr;  // of a search before the last step
   chosen_.clear();
   for (std::size_t i = 0; i < tiles_.size(); ++i)
     if (tiles_[i].applied < list_.size()) chosen_.push_back(static_cast<std::uint32_t>(i));

@@ -75,7 +75,10 @@ void HermitianPacker::pack(Complex* row, Complex* packed) const {
     const double tr = dr * alpha - di * beta;
     const double ti = dr * beta + di * alpha;
     packed[k] = Complex(2.0 * (x.real() - tr), 2.0 * (x.imag() - ti));
-    if (k < n_ / 2) mirrored = Complex(2.0 * (y.real() + tr), 2.0 * (y.imag() - ti));
+    if (k < n_ / 2)
+      mirrored = Complex(2.0 * (y.real() + tr), 2.0 * (y.imag() - ti));
+    else if (n_ - k != k)
+      mirrored = y;  // of an odd length, which nothing transforms
   };
   for (std::int64_t k = next; k <= n_ / 2; ++k) packPair(k, packed[n_ - k]);
   packPair(0, row[n_]);

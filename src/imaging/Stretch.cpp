@@ -16,7 +16,8 @@ StretchReader::StretchReader(const AUVXFile& file, const IfBatch& batch, const C
       cancel_(cancel),
       channels_(file.shape().channels),
       channelBytes_(file.shape().products * sizeof(AUVXComplex)),
-      single_(channels_ == 1 && file.shape().products == 1 && std::endian::native == std::endian::little),
+      single_(channels_ == 1 && file.shape().products == 1 && batch.mix.second() < 0 &&
+              std::endian::native == std::endian::little),
       copies_(copies(batch.ifs, file.shape().ifs, file.groupBytes())),
       atOnce_(copies_ ? kRoomBytes / file.groupBytes() : Stretch::kCapacity) {
   keepSelections(batch.selections.size());

@@ -183,6 +183,17 @@ TEST(BeamNormTest, BeamsWhoseNormsSinglePrecisionCannotHoldAreGivenUp) {
   EXPECT_EQ(measured.norm.singleError(2.0), HUGE_VAL);
 }
 
+TEST(BeamNormTest, SinglePrecisionIsGivenUpForBeamMatricesThatMakeItsErrorLarge) {
+  CleanProblem problem = test::randomProblem(2, {9, 20}, {18, 40}, 3);
+  problem.beams[0](9, 20) = 1.0F;
+  problem.beams[1](9, 20) = 0.5F;
+  problem.beams[2](9, 20) = 0.25F * (1.0F + 1e-4F);
+  const Norm measured(problem);
+  ASSERT_TRUE(measured.usable);
+  ASSERT_GT(16.0 * 0x1p-24 * measured.norm.condition(), 0.02);
+  EXPECT_EQ(measured.norm.singleError(1.0), HUGE_VAL);
+}
+
 TEST(BeamNormTest, SmallestBeamIsTheSmallestValueOfAnyBeamThatIsNotZero) {
   CleanProblem problem = test::randomProblem(2, {9, 20}, {18, 40}, 3);
   for (AMatrix<float>& beam : problem.beams)

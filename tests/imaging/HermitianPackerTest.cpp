@@ -21,8 +21,8 @@ TEST(HermitianPackerTest, EveryInstructionSetGivesTheBitsOfThePlainLoop) {
   std::normal_distribution<double> value;
   for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
     const test::TargetGuard guard(target);
-    // Lengths of no vector, of a part of one, of some and of some with others left over.
-    for (const std::int64_t n : {1, 2, 4, 8, 16, 32, 64, 512})
+    // Lengths of no vector, of a part of one, of some and of some with others left over; odd ones too.
+    for (const std::int64_t n : {1, 2, 3, 4, 5, 8, 16, 31, 32, 64, 512})
       for (const int direction : {-1, 1}) {
         std::vector<Complex> row(static_cast<std::size_t>(n) + 1);
         for (Complex& element : row) element = Complex(value(random), value(random));
