@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "clean/BeamPlacement.h"
+#include "clean/ProductRounding.h"
 
 // Compiled once per instruction set; the one to run is chosen when the program runs. Vectors whose size is
 // unknown to the compiler cannot be kept in arrays, hence no SVE and no RISC-V vectors.
@@ -37,33 +38,9 @@ enum class Search {
   kPlaceNonNegative,
 };
 
-/// How a difference formed in double is rounded to float. Both give the same bits where both may be used.
-enum class Rounding {
-  kConvert,  ///< to float and back, for any value
-  /// Stays a double: three operations where the two conversions make the processor do four. For steps that
-  /// mayAlign().
-  kAlign,
-};
-
-/// True where a difference between a residual and a product of these steps has 24 bits or more to itself, or
-/// is a float as it stands. Let every product that is not 0 be at least P. A residual below half of its
-/// product leaves P / 2 or more. Any other has its last bit at 2^-25 P or above, and the product at 2^-53 P:
-/// their difference is a multiple of 2^-53 P, which is to be no finer than the last bit of any float.
-bool mayAlign(const CleanTileMaps& maps, const CleanUpdate* updates, std::size_t count) {
-  constexpr double kLastBit = 0x1p-149;
-  constexpr double kSmallestProduct = 2.0 * 0x1p53 * kLastBit;  // the 2 covers the rounding of P
-  bool may = true;
-  for (std::size_t p = 0; p < count; ++p)
-    for (std::int32_t j = 0; j < maps.terms; ++j) {
-      const double increment = std::fabs(updates[p].increments[j]);
-      may = may && (increment == 0.0 || increment * maps.smallestBeam >= kSmallestProduct);
-    }
-  return may;
-}
-
-template <Rounding kRounding, class D, class V = hn::Vec<D>>
+template <ProductRounding kRounding, class D, class V = hn::Vec<D>>
 HWY_INLINE V roundToFloat(D d, V value) {
-  if constexpr (kRounding == Rounding::kConvert) {
+  if constexpr (kRounding == ProductRounding::kConvert) {
     const hn::Rebind<float, D> df;
     return hn::PromoteTo(d, hn::DemoteTo(df, value));
   } else {
@@ -145,7 +122,7 @@ HWY_INLINE void reduce(D d, const LaneBest<D>& lanes, CleanTileBest& best) {
 
 /// Subtracts the steps from .. to - 1 from kVectors vectors of pixels of one row, `pixel` pixels after the
 /// tile's first, with the residuals in registers.
-template <int kTerms, Rounding kRounding, int kVectors, class D, class V>
+template <int kTerms, ProductRounding kRounding, int kVectors, class D, class V>
 HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
                               std::size_t to, std::ptrdiff_t pixel, V (&r)[kVectors][kTerms]) {
   const hn::Rebind<float, D> df;
@@ -179,7 +156,7 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacemen
 }
 
 /// kVectors vectors of pixels of one row: load, subtract, store and, where asked for, search.
-template <int kTerms, Rounding kRounding, int kVectors, Search kSearch, class D>
+template <int kTerms, ProductRounding kRounding, int kVectors, Search kSearch, class D>
 HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
                           std::size_t to, std::size_t offset, std::ptrdiff_t pixel,
                           const SearchConstants& constants, LaneBest<D>& best) {
@@ -212,7 +189,7 @@ struct TileSearch {
 /// As many of the pixels from `i` to `end` - 1 of the tile row whose first pixel is at `offset` as kVectors
 /// vectors at a time can take, steps from .. to - 1.
 /// @return the first pixel left.
-template <int kTerms, Rounding kRounding, int kVectors, Search kSearch, class D>
+template <int kTerms, ProductRounding kRounding, int kVectors, Search kSearch, class D>
 HWY_INLINE std::size_t passVectors(D d, const CleanTileMaps& maps, const BeamPlacement& below,
                                    std::size_t from, std::size_t to, std::size_t offset, std::size_t i,
                                    std::size_t end, std::ptrdiff_t shift, const SearchConstants& constants,
@@ -226,7 +203,7 @@ HWY_INLINE std::size_t passVectors(D d, const CleanTileMaps& maps, const BeamPla
 
 /// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1, which
 /// do not wrap in it once `shift` is added to their beam element.
-template <int kTerms, Rounding kRounding, Search kSearch>
+template <int kTerms, ProductRounding kRounding, Search kSearch>
 HWY_INLINE void passRow(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
                         std::size_t to, std::size_t offset, std::size_t begin, std::size_t end,
                         std::ptrdiff_t shift, const SearchConstants& constants, TileSearch& best) {
@@ -245,7 +222,7 @@ HWY_INLINE void passRow(const CleanTileMaps& maps, const BeamPlacement& below, s
 }
 
 /// One tile row whose steps meet the end of a beam row inside it: step by step, in two parts.
-template <int kTerms, Rounding kRounding>
+template <int kTerms, ProductRounding kRounding>
 HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t offset,
                                   std::size_t width, const SearchConstants& constants, TileSearch& best) {
   const std::ptrdiff_t period = -static_cast<std::ptrdiff_t>(maps.beamColumns);
@@ -332,7 +309,8 @@ template <int kTerms>
 HWY_NOINLINE void searchRow(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t offset,
                             std::size_t width, const SearchConstants& constants, CleanTileBest& best) {
   TileSearch search{LaneBest<Wide>(Wide()), LaneBest<Single>(Single())};
-  passRow<kTerms, Rounding::kAlign, Search::kNorm>(maps, below, 0, 0, offset, 0, width, 0, constants, search);
+  passRow<kTerms, ProductRounding::kAlign, Search::kNorm>(maps, below, 0, 0, offset, 0, width, 0, constants,
+                                                          search);
   const double norm =
       std::max(hn::GetLane(hn::MaxOfLanes(Wide(), search.wide.norm)), hn::GetLane(search.single.norm));
   best.norm = std::max(best.norm, norm);
@@ -344,7 +322,7 @@ HWY_NOINLINE void searchRow(const CleanTileMaps& maps, const BeamPlacement& belo
 }
 
 /// @tparam kSearch of every row, after the steps; kNorm only of those that a RowContest leaves.
-template <int kTerms, Rounding kRounding, Search kSearch>
+template <int kTerms, ProductRounding kRounding, Search kSearch>
 HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileArea& area,
                                     const CleanUpdate* updates, std::size_t count,
                                     const CleanContest& contest) {
@@ -379,11 +357,12 @@ HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileAr
 template <int kTerms>
 CleanTileBest findTerms(const CleanTileMaps& maps, const CleanTileArea& area, const CleanContest& contest) {
   return maps.nonNegative
-             ? passTile<kTerms, Rounding::kAlign, Search::kPlaceNonNegative>(maps, area, nullptr, 0, contest)
-             : passTile<kTerms, Rounding::kAlign, Search::kPlace>(maps, area, nullptr, 0, contest);
+             ? passTile<kTerms, ProductRounding::kAlign, Search::kPlaceNonNegative>(maps, area, nullptr, 0,
+                                                                                    contest)
+             : passTile<kTerms, ProductRounding::kAlign, Search::kPlace>(maps, area, nullptr, 0, contest);
 }
 
-template <int kTerms, Rounding kRounding>
+template <int kTerms, ProductRounding kRounding>
 CleanTileBest passRounding(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
                            std::size_t count, const CleanContest& contest) {
   return maps.nonNegative
@@ -394,9 +373,9 @@ CleanTileBest passRounding(const CleanTileMaps& maps, const CleanTileArea& area,
 template <int kTerms>
 CleanTileBest passTerms(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
                         std::size_t count, const CleanContest& contest) {
-  return mayAlign(maps, updates, count)
-             ? passRounding<kTerms, Rounding::kAlign>(maps, area, updates, count, contest)
-             : passRounding<kTerms, Rounding::kConvert>(maps, area, updates, count, contest);
+  return roundingFor(maps, updates, count) == ProductRounding::kAlign
+             ? passRounding<kTerms, ProductRounding::kAlign>(maps, area, updates, count, contest)
+             : passRounding<kTerms, ProductRounding::kConvert>(maps, area, updates, count, contest);
 }
 
 CleanTileBest updateTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
