@@ -16,6 +16,7 @@
 #include "convert/UvfitsGroups.h"
 #include "convert/UvfitsParameters.h"
 #include "convert/UvfitsTables.h"
+#include "core/MappedFile.h"
 #include "core/Paths.h"
 #include "core/TextForm.h"
 #include "core/Version.h"
@@ -174,7 +175,6 @@ std::string UvfitsImport::sourceNames() const {
 }
 
 Status UvfitsImport::copyGroups() {
-  constexpr std::uint64_t kReleaseBytes = std::uint64_t{16} << 20;
   const MappedFile& map = file_.map();
   std::vector<double> parameters(groups_.parameterCount());
   std::vector<AUVXComplex> visibilities(axes_.shape().visibilities());
@@ -189,7 +189,7 @@ Status UvfitsImport::copyGroups() {
     groups_.decode(map.data() + groups_.offset(i), parameters, visibilities, damage_);
     if (Status status = copyGroup(i, parameters, visibilities); !status.ok()) return status;
     const std::uint64_t end = groups_.offset(i + 1);
-    if (end - released < kReleaseBytes) continue;
+    if (end - released < MappedFile::kResidentBytes) continue;
     map.release(released, end);
     released = end;
   }

@@ -35,6 +35,8 @@ class MappedFile {
   /// Copies bytes from the file past the map, which costs less than pages that are mapped to be read once.
   /// Errors as of lumo::readAt; kReadFailed for a closed file. Several threads may do so at once.
   [[nodiscard]] Status readAt(std::uint64_t offset, void* bytes, std::size_t size) const;
+  /// What a pass over a file may read before it gives pages back: enough that giving back costs little.
+  static constexpr std::uint64_t kResidentBytes = std::uint64_t{16} << 20U;
   /// Gives the whole pages inside [begin, end) back to the system; they are read again when touched again.
   void release(std::uint64_t begin, std::uint64_t end) const;
 

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <optional>
 
+#include "core/MappedFile.h"
 #include "core/PhaseTimer.h"
 #include "imaging/ShareOut.h"
 
@@ -16,9 +17,6 @@ namespace {
 constexpr std::size_t kMeansBytes = std::size_t{384} << 10;
 /// Stretches of a block at most, for each thread.
 constexpr std::size_t kMostStretches = 16;
-
-/// How much of the file a pass keeps resident before it gives pages back.
-constexpr std::uint64_t kResidentBytes = std::uint64_t{16} << 20;
 
 /// Steps in which a pass is shown; a percent is never skipped.
 constexpr std::uint64_t kProgressSteps = 128;
@@ -82,7 +80,7 @@ std::uint64_t BatchGridder::bufferBytes(std::size_t ifs, int threads) {
 std::uint64_t BatchGridder::fileWindow(std::size_t ifs, int threads, const FileFacts& file) {
   if (StretchReader::copies(ifs, file.ifs, file.groupBytes))
     return static_cast<std::uint64_t>(threads) * StretchReader::kRoomBytes;
-  return std::min(file.bytes, kResidentBytes + blockGroups(ifs, threads) * file.groupBytes);
+  return std::min(file.bytes, MappedFile::kResidentBytes + blockGroups(ifs, threads) * file.groupBytes);
 }
 
 void BatchGridder::makeRoom(std::size_t ifs, int parts) {
@@ -113,7 +111,8 @@ std::size_t BatchGridder::run(AUVXFile& file, const IfBatch& batch, std::uint64_
     for (; shown < end; shown = std::min(shown + step, end)) progress.SetPos(static_cast<double>(shown + 1));
     progress.SetPos(static_cast<double>(end));
     if (batch.index != nullptr && !batch.index->holds(begin, end, batch.selections)) continue;
-    const bool release = !job.reader.copies() && (end - released) * file.groupBytes() >= kResidentBytes;
+    const bool release =
+        !job.reader.copies() && (end - released) * file.groupBytes() >= MappedFile::kResidentBytes;
     if (release) released = end;
     if (!gridBlock(job, begin, end, release) || !file.intact().ok()) return 0;
     leaveOut(job, workGridBytes);

@@ -5,18 +5,11 @@
 
 namespace lumo {
 
-namespace {
-
-/// How much of the file stays resident.
-constexpr std::uint64_t kResidentBytes = std::uint64_t{16} << 20;
-
-}  // namespace
-
 void SelectionIndex::read(const AUVXFile& file, const CancelFlag* cancel) {
   clear();
   if (file.groupCount() > kMostGroups) return;
   ids_.reserve(file.groupCount());
-  const std::uint64_t between = kResidentBytes / file.groupBytes() + 1;
+  const std::uint64_t between = MappedFile::kResidentBytes / file.groupBytes() + 1;
   for (std::uint64_t group = 0; group < file.groupCount(); ++group) {
     if (group % between == 0) {
       if (cancel != nullptr && *cancel != 0) return clear();

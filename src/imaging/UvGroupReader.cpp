@@ -12,7 +12,6 @@ namespace {
 
 constexpr std::uint64_t kPointsAtOnce = 65536;
 constexpr std::uint64_t kMostGroupsAtOnce = 4096;
-constexpr std::uint64_t kReleaseBytes = 16U << 20U;  // read pages are given back in portions of this size
 
 }  // namespace
 
@@ -46,7 +45,7 @@ bool UvGroupReader::next(std::vector<UvGroup>& groups, std::uint64_t most) {
   }
   if (group_ >= open_.groupCount()) {
     closeFile();
-  } else if ((group_ - released_) * open_.groupBytes() >= kReleaseBytes) {
+  } else if ((group_ - released_) * open_.groupBytes() >= MappedFile::kResidentBytes) {
     open_.releaseBefore(group_);
     released_ = group_;
   }

@@ -5,13 +5,6 @@
 
 namespace lumo {
 
-namespace {
-
-// How much of the file a pass keeps resident before it gives pages back.
-constexpr std::uint64_t kResidentBytes = std::uint64_t{16} << 20;
-
-}  // namespace
-
 AUVXRead_FqS::AUVXRead_FqS(AUVXFile* file, std::int32_t sourceId, int freqSelId, ProgressBar* readingBar)
     : file_(file),
       source_(static_cast<std::int16_t>(sourceId)),
@@ -22,7 +15,7 @@ int AUVXRead_FqS::GetUVGVis(AUVXGroup& group, AUVXVisibility& visibility, int& f
   while (next_ < file_->groupCount()) {
     file_->SeekUVGroup(next_++);
     progress_.SetPos(static_cast<double>(next_));
-    if ((next_ - released_) * file_->groupBytes() >= kResidentBytes) {
+    if ((next_ - released_) * file_->groupBytes() >= MappedFile::kResidentBytes) {
       // The group just reached is still in use.
       file_->releaseBefore(released_ = next_ - 1);
     }

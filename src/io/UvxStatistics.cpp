@@ -57,8 +57,7 @@ void UvxStatistics::add(const UvxRecord& record, std::span<const AUVXComplex> vi
 UvxStatistics countGroups(AUVXFile& file) {
   UvxStatistics statistics(file.shape(), AUVXFqTbl(file, 0).selections());
   AUVXVisibility visibility(file);
-  constexpr std::uint64_t kResidentBytes = std::uint64_t{16} << 20;
-  const std::uint64_t groupsBetweenReleases = kResidentBytes / file.groupBytes() + 1;
+  const std::uint64_t groupsBetweenReleases = MappedFile::kResidentBytes / file.groupBytes() + 1;
   for (std::uint64_t g = 0; g < file.groupCount(); ++g) {
     if (g % groupsBetweenReleases == 0) {
       if (!file.intact().ok()) break;
