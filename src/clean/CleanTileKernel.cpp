@@ -393,7 +393,7 @@ CleanTileBest updateTile(const CleanTileMaps& maps, const CleanTileArea& area, c
 }
 
 CleanTileBest findPeak(const CleanTileMaps& maps, const CleanTileArea& area, double gain) {
-  const CleanContest contest{gain, 0.0};
+  const CleanContest contest{gain};
   switch (maps.terms) {
     case 1:
       return findTerms<1>(maps, area, contest);

@@ -341,11 +341,9 @@ double TiledCleanEngine::subtractLacking(const CleanTileArea& area, std::size_t 
 /// all bounds come from single precision: however many parts a tile has, their largest is the same.
 CleanTileBest TiledCleanEngine::updateMerged(const CleanTileArea& area, std::size_t applied,
                                              const CleanContest& contest) const {
-  CleanTileBest best;
-  best.norm = kUp * (subtractLacking(area, applied) + contest.singleError);
-  if (!constrained() && kUp * (2.0 - contest.gain) * contest.gain * best.norm < contest.score) return best;
-  const double bound = best.norm;
-  best = updateCleanTile(maps_, area, nullptr, 0, contest);
+  const double bound = kUp * (subtractLacking(area, applied) + contest.singleError);
+  const bool loses = !constrained() && kUp * (2.0 - contest.gain) * contest.gain * bound < contest.score;
+  CleanTileBest best = loses ? CleanTileBest() : updateCleanTile(maps_, area, nullptr, 0, contest);
   if (!constrained() && std::isfinite(bound)) best.norm = bound;
   return best;
 }

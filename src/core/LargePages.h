@@ -48,9 +48,9 @@ struct LargePages {
   [[nodiscard]] T* allocate(std::size_t count) {
     if (count > static_cast<std::size_t>(-1) / 2 / sizeof(T)) throw std::bad_alloc();
     const std::size_t bytes = count * sizeof(T);
-    const std::size_t before = bytes < kLeast ? 0 : nextStagger();
-    void* const block =
-        bytes < kLeast ? std::calloc(count, sizeof(T)) : takePages(before + bytes, bytes >= kLarge);
+    const bool pages = bytes >= kLeast;
+    const std::size_t before = pages ? nextStagger() : 0;
+    void* const block = pages ? takePages(before + bytes, bytes >= kLarge) : std::calloc(count, sizeof(T));
     if (block == nullptr) throw std::bad_alloc();
     return reinterpret_cast<T*>(static_cast<std::byte*>(block) + before);
   }

@@ -54,21 +54,25 @@ int Fft1D(Complex* data, std::int64_t n, int direction, double scale) {
   return 1;
 }
 
+HermitianPair::HermitianPair(const Complex& x, const Complex& y, double alpha, double beta) {
+  const double dr = x.real() - y.real();
+  const double di = x.imag() + y.imag();
+  const double tr = dr * alpha - di * beta;
+  const double ti = dr * beta + di * alpha;
+  low = Complex(2.0 * (x.real() - tr), 2.0 * (x.imag() - ti));
+  high = Complex(2.0 * (y.real() + tr), 2.0 * (y.imag() - ti));
+}
+
 void PackHermitianRow(Complex* row, std::int64_t n, int direction) {
   double angle = 1.5707963267948966;
   const double step = direction * kPi / static_cast<double>(n);
   for (std::int64_t k = 0; k <= n / 2; ++k) {
     const double alpha = (1.0 - std::cos(angle)) * 0.5;
     const double beta = -0.5 * std::sin(angle);
-    const Complex x = row[k];
-    const Complex y = row[n - k];
-    const double dr = x.real() - y.real();
-    const double di = x.imag() + y.imag();
-    const double tr = dr * alpha - di * beta;
-    const double ti = dr * beta + di * alpha;
-    row[k] = Complex(2.0 * (x.real() - tr), 2.0 * (x.imag() - ti));
+    const HermitianPair pair(row[k], row[n - k], alpha, beta);
+    row[k] = pair.low;
     if (k < n / 2) {
-      row[n - k] = Complex(2.0 * (y.real() + tr), 2.0 * (y.imag() - ti));
+      row[n - k] = pair.high;
       angle += step;
     }
   }

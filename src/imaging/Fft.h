@@ -29,4 +29,12 @@ int Fft1D(Complex* data, std::int64_t n, int direction, double scale);
 /// An imaginary part b in x[0] adds −b to even and +b to odd samples, one c in x[N] adds −c to every sample.
 void PackHermitianRow(Complex* row, std::int64_t n, int direction);
 
+/// What PackHermitianRow makes of x[k] and x[N − k], with alpha = (1 − cos φ) / 2 and beta = −sin φ / 2 of
+/// the angle φ = π/2 + direction·πk/N. For k = N/2 the two are one element, which becomes `low`.
+struct HermitianPair {
+  HermitianPair(const Complex& x, const Complex& y, double alpha, double beta);
+  Complex low;   ///< element k
+  Complex high;  ///< element N − k
+};
+
 }  // namespace lumo

@@ -5,12 +5,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cmath>
 #include <mutex>
 #include <thread>
 #include <vector>
 
-#include "core/Units.h"
 #include "imaging/Fft.h"
 #include "imaging/HermitianPacker.h"
 #include "imaging/ShareOut.h"

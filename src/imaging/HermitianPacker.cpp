@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/Units.h"
+#include "imaging/Fft.h"
 
 // Compiled once per instruction set; the one to run is chosen when the program runs.
 #undef HWY_TARGET_INCLUDE
@@ -68,17 +69,12 @@ void HermitianPacker::pack(Complex* row, Complex* packed) const {
   const auto packPair = [&](std::int64_t k, Complex& mirrored) {
     const double alpha = alpha_[static_cast<std::size_t>(2 * k)];
     const double beta = beta_[static_cast<std::size_t>(2 * k + 1)];
-    const Complex x = row[k];
-    const Complex y = row[n_ - k];
-    const double dr = x.real() - y.real();
-    const double di = x.imag() + y.imag();
-    const double tr = dr * alpha - di * beta;
-    const double ti = dr * beta + di * alpha;
-    packed[k] = Complex(2.0 * (x.real() - tr), 2.0 * (x.imag() - ti));
+    const HermitianPair pair(row[k], row[n_ - k], alpha, beta);
+    packed[k] = pair.low;
     if (k < n_ / 2)
-      mirrored = Complex(2.0 * (y.real() + tr), 2.0 * (y.imag() - ti));
+      mirrored = pair.high;
     else if (n_ - k != k)
-      mirrored = y;  // of an odd length, which nothing transforms
+      mirrored = row[n_ - k];  // of an odd length, which nothing transforms
   };
   for (std::int64_t k = next; k <= n_ / 2; ++k) packPair(k, packed[n_ - k]);
   packPair(0, row[n_]);
