@@ -127,14 +127,14 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacemen
                               std::size_t to, std::ptrdiff_t pixel, V (&r)[kVectors][kTerms]) {
   const hn::Rebind<float, D> df;
   const std::size_t lanes = hn::Lanes(d);
+  const BeamPlacement::Ahead ahead = below.ahead(pixel);
   for (std::size_t p = from; p < to; ++p) {
     const std::ptrdiff_t start = below.element(p) + pixel;
-    const std::ptrdiff_t ahead = below.nextElement(p) + pixel;
-    // The rows of many beams are too short and too many for the processor to foresee.
+    const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel;
     HWY_UNROLL(8)
     for (int m = 0; m < 2 * kTerms - 1; ++m)
       for (std::size_t line = 0; line < kVectors * lanes; line += kFloatsPerLine)
-        hwy::Prefetch(maps.beams[m] + ahead + line);
+        hwy::Prefetch(maps.beams[m] + fetched + line);
     const double* const increments = below.increments(p);
     HWY_UNROLL(8)
     for (int v = 0; v < kVectors; ++v) {
@@ -201,14 +201,19 @@ HWY_INLINE std::size_t passVectors(D d, const CleanTileMaps& maps, const BeamPla
   return i;
 }
 
+/// Vectors of pixels that are worked on together: as many residuals in registers as hide the latency of the
+/// roundings, and no more than fit.
+constexpr int vectorsFor(int terms) {
+  return terms == 1 ? 8 : terms == 2 ? 4 : terms == 3 ? 3 : 2;
+}
+
 /// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1, which
 /// do not wrap in it once `shift` is added to their beam element.
 template <int kTerms, ProductRounding kRounding, Search kSearch>
 HWY_INLINE void passRow(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
                         std::size_t to, std::size_t offset, std::size_t begin, std::size_t end,
                         std::ptrdiff_t shift, const SearchConstants& constants, TileSearch& best) {
-  // As many residuals in registers as hide the latency of the roundings, and no more than fit.
-  constexpr int kVectors = kTerms == 1 ? 8 : kTerms == 2 ? 4 : kTerms == 3 ? 3 : 2;
+  constexpr int kVectors = vectorsFor(kTerms);
   const Wide d;
   std::size_t i = passVectors<kTerms, kRounding, kVectors, kSearch>(d, maps, below, from, to, offset, begin,
                                                                     end, shift, constants, best.wide);
@@ -327,7 +332,7 @@ HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileAr
                                     const CleanUpdate* updates, std::size_t count,
                                     const CleanContest& contest) {
   constexpr bool kByRows = kSearch == Search::kNorm;
-  BeamPlacement below(maps, area, updates, count);
+  BeamPlacement below(maps, area, updates, count, vectorsFor(kTerms) * hn::Lanes(Wide()));
   const double h = 2.0 - contest.gain;
   const SearchConstants constants{contest.gain, h, h * contest.gain};
   const std::size_t width = area.columns();

@@ -28,8 +28,8 @@ using Single = hn::CappedTag<float, 1>;
 /// The steps of a call in single precision. Products and sums are not fused: not every instruction set could.
 struct MergedSteps {
   MergedSteps(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-              std::size_t count)
-      : below(maps, area, updates, count) {
+              std::size_t count, std::size_t group)
+      : below(maps, area, updates, count, group) {
     for (std::size_t p = 0; p < count; ++p)
       for (int j = 0; j < maps.terms; ++j) increments[p][j] = static_cast<float>(updates[p].increments[j]);
     for (int i = 0; i < maps.terms * maps.terms; ++i) inverse[i] = static_cast<float>(maps.inverse[i]);
@@ -68,14 +68,17 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& ste
   HWY_UNROLL(8)
   for (int v = 0; v < kVectors; ++v) HWY_UNROLL(4)
   for (int k = 0; k < kTerms; ++k) sum[v][k] = hn::Zero(d);
+  const BeamPlacement::Ahead ahead = steps.below.ahead(pixel);
   for (std::size_t p = from; p < to; ++p) {
     const std::ptrdiff_t start = steps.below.element(p) + pixel;
-    const std::ptrdiff_t ahead = steps.below.nextElement(p) + pixel;
-    // The rows of many beams are too short and too many for the processor to foresee.
+    const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel;
     HWY_UNROLL(8)
-    for (int m = 0; m < 2 * kTerms - 1; ++m)
+    for (int m = 0; m < 2 * kTerms - 1; ++m) {
       for (std::size_t line = 0; line < kVectors * lanes; line += kFloatsPerLine)
-        hwy::Prefetch(maps.beams[m] + ahead + line);
+        hwy::Prefetch(maps.beams[m] + fetched + line);
+      // As a rule there is no group after it in the row to fetch the line in which it ends.
+      hwy::Prefetch(maps.beams[m] + fetched + kVectors * lanes - 1);
+    }
     HWY_UNROLL(8)
     for (int v = 0; v < kVectors; ++v) {
       V beam[2 * kTerms - 1];
@@ -103,14 +106,19 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& ste
   }
 }
 
+/// Vectors of pixels that are worked on together: as many sums in registers as hide the latency of the
+/// additions, and no more than fit.
+constexpr int vectorsFor(int terms) {
+  return terms == 1 ? 8 : terms == 2 ? 4 : 2;
+}
+
 /// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`; the steps do not wrap in it
 /// once `shift` is added to their beam element.
 template <int kTerms>
 HWY_INLINE void passRow(const CleanTileMaps& maps, const MergedSteps& steps, std::size_t from, std::size_t to,
                         std::size_t offset, std::size_t begin, std::size_t end, std::ptrdiff_t shift,
                         LargestNorm& largest) {
-  // As many sums in registers as hide the latency of the additions, and no more than fit.
-  constexpr int kVectors = kTerms == 1 ? 8 : kTerms == 2 ? 4 : 2;
+  constexpr int kVectors = vectorsFor(kTerms);
   const Wide d;
   const Single single;
   const std::size_t lanes = hn::Lanes(d);
@@ -142,7 +150,7 @@ HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const MergedSteps& 
 template <int kTerms>
 HWY_NOINLINE double passTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
                              std::size_t count) {
-  MergedSteps steps(maps, area, updates, count);
+  MergedSteps steps(maps, area, updates, count, vectorsFor(kTerms) * hn::Lanes(Wide()));
   const std::size_t width = area.columns();
   const std::size_t straight = steps.below.wraps() ? 0 : count;
   LargestNorm largest;

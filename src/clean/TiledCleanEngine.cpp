@@ -17,8 +17,7 @@ namespace {
 constexpr double kGainMargin = 1e-6;
 /// Covers the rounding of S, which BeamNorm keeps below 1e-8 of it, and those of the bounds.
 constexpr double kUp = 1.0 + 1e-6;
-/// Steps that the list holds for the exact engine: with more the beam elements below a tile, which all of
-/// them read, leave the cache.
+/// Steps that the list holds for the exact engine: few tiles ever lack more.
 constexpr std::size_t kExactSteps = 128;
 /// A full list has this part of it, the oldest, subtracted everywhere.
 constexpr std::size_t kOldestPart = 4;
@@ -96,10 +95,10 @@ void TiledCleanEngine::chooseShape() {
   const std::uint32_t rows = residuals()[0]->rows();
   const std::uint32_t columns = residuals()[0]->columns();
   const bool once = tiling_.rounding == CleanRounding::kOnce;
-  // Measured. In small maps most of the time goes into searching, of which small tiles need less; in large
-  // ones into reading beams, of which large tiles need less.
-  if (tiling_.rows == 0) tiling_.rows = once || rows >= 512 ? 16 : 8;
-  if (tiling_.columns == 0) tiling_.columns = once && terms() > 1 ? 64 : once ? 128 : 256;
+  // Measured. Memory is read along rows, and long rows of a few are read the fastest. Merging, more is left
+  // to merge where tiles have few columns.
+  if (tiling_.rows == 0) tiling_.rows = once ? 16 : 8;
+  if (tiling_.columns == 0) tiling_.columns = !once ? 512 : terms() > 1 ? 64 : 128;
   tiling_.rows = std::min(tiling_.rows, rows);
   tiling_.columns = std::min(tiling_.columns, columns);
   // The more steps are merged the fewer are left, but the list must stay small beside maps and beams.
