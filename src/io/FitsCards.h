@@ -29,6 +29,11 @@ class FitsCards {
   void addRecord(std::string record);
 
   [[nodiscard]] bool has(const std::string& key) const { return index_.contains(key); }
+  /// Whether the card that counts for this keyword is number `place` of all, from 0.
+  [[nodiscard]] bool standsAt(std::size_t place, const std::string& key) const {
+    const auto found = index_.find(key);
+    return found != index_.end() && found->second == place;
+  }
   /// A finite number, also when it stands in quotes.
   [[nodiscard]] std::optional<double> number(const std::string& key) const;
   /// A quoted text without its trailing blanks, escapes as they stand.

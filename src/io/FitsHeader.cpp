@@ -69,16 +69,12 @@ std::optional<std::int64_t> integer(const FitsCards& cards, const std::string& k
   return static_cast<std::int64_t>(*value);
 }
 
-// The mandatory cards stand first and in order; FITS libraries read them by place, others by name.
-bool standsAt(const FitsCards& cards, std::size_t place, std::string key) {
-  key.resize(8, ' ');
-  return place < cards.records().size() && cards.records()[place].starts_with(key + "=");
-}
-
+// The mandatory cards stand first and in order: FITS libraries read them by place, so those that count here
+// must be the same ones.
 Status readShape(const FitsCards& cards, ImageShape& shape) {
   const auto bitpix = integer(cards, "BITPIX");
   const auto axes = integer(cards, "NAXIS");
-  if (!standsAt(cards, 1, "BITPIX") || !standsAt(cards, 2, "NAXIS") || !bitpix || !axes || *axes < 0)
+  if (!cards.standsAt(1, "BITPIX") || !cards.standsAt(2, "NAXIS") || !bitpix || !axes || *axes < 0)
     return bad("has a broken header: SIMPLE, BITPIX and NAXIS must come first");
   constexpr std::array<std::int64_t, 6> kTypes{8, 16, 32, 64, -32, -64};
   if (std::find(kTypes.begin(), kTypes.end(), *bitpix) == kTypes.end())
@@ -88,8 +84,7 @@ Status readShape(const FitsCards& cards, ImageShape& shape) {
   shape.bitpix = static_cast<int>(*bitpix);
   for (int axis = 1; axis <= *axes; ++axis) {
     const auto length = integer(cards, axisKey("NAXIS", axis));
-    if (!standsAt(cards, static_cast<std::size_t>(axis) + 2, axisKey("NAXIS", axis)) || !length ||
-        *length < 0)
+    if (!cards.standsAt(static_cast<std::size_t>(axis) + 2, axisKey("NAXIS", axis)) || !length || *length < 0)
       return bad("has a broken header: " + axisKey("NAXIS", axis) + " is missing or no length");
     if (*length > kLongestAxis)
       return refuse("has an axis of " + toStr(*length) + " pixels; at most " + toStr(kLongestAxis) +

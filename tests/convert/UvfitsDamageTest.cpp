@@ -131,6 +131,20 @@ TEST_F(UvfitsDamageTest, AValueLongerThanACardHasRoomForIsDamage) {
   EXPECT_THAT(importBytes(bytes).message(), HasSubstr("no FITS card"));
 }
 
+TEST_F(UvfitsDamageTest, AMandatoryCardWithoutAValueNeverCrashes) {
+  const std::string whole = full().bytes();
+  for (const std::string key : {"BITPIX  =", "NAXIS   =", "NAXIS1  =", "NAXIS2  =", "PCOUNT  =", "GCOUNT  ="})
+    for (std::size_t at = whole.find(key); at != std::string::npos; at = whole.find(key, at + 1)) {
+      std::string bytes = whole;
+      bytes.replace(at + key.size(), 80 - key.size(), std::string(80 - key.size(), ' '));
+      survive(bytes);
+      const std::size_t end = bytes.find("END     ", at);  // and the card again, as the header's last
+      bytes.replace(end + 80, 4, "END ");
+      bytes.replace(end, 80, whole, at, 80);
+      survive(bytes);
+    }
+}
+
 TEST_F(UvfitsDamageTest, AnImageIsRefused) {
   FitsHeader header;
   header.logical("SIMPLE", true).whole("BITPIX", -32).whole("NAXIS", 2);

@@ -399,5 +399,22 @@ TEST(FitsMapReaderTest, ACardWhoseValueIsLongerThanFitsHasRoomForIsRefused) {
   readGood(FitsSample(-32, {3, 2}).add("HISTORY A=" + value).add("A = 1").pixels<float>(kSix));
 }
 
+// cfitsio reads these cards by their place and takes an empty NAXIS for 0: what another card of that name
+// says further on must not count.
+TEST(FitsMapReaderTest, AMandatoryCardIsTheOneInItsPlace) {
+  for (const std::string key : {"BITPIX  ", "NAXIS   ", "NAXIS1  ", "NAXIS2  "}) {
+    std::string bytes =
+        FitsSample(-32, {3, 2}).add("OBJECT  = 'another'").addSky("1", "1").pixels<float>(kSix).bytes();
+    const std::size_t place = bytes.find(key + "=");
+    const std::size_t later = bytes.find("OBJECT  =");
+    LoadedMap map;
+    EXPECT_TRUE(readBytes(bytes, map).ok()) << key;
+    bytes.replace(later, 80, bytes, place, 80);
+    EXPECT_TRUE(readBytes(bytes, map).ok()) << key;
+    bytes.replace(place + 9, 71, std::string(71, ' '));
+    EXPECT_THAT(readBytes(bytes, map).message(), HasSubstr("broken header")) << key;
+  }
+}
+
 }  // namespace
 }  // namespace lumo
