@@ -9,8 +9,6 @@ namespace lumo {
 
 namespace {
 
-/// Steps that a kernel subtracts from a group of pixels until memory has delivered.
-constexpr std::size_t kStepsOfDelay = 32;
 /// Of a cache line.
 constexpr std::ptrdiff_t kFloatsPerLine = 16;
 
@@ -22,17 +20,15 @@ std::uint32_t wrapped(std::int64_t index, std::size_t size) {
 }  // namespace
 
 BeamPlacement::BeamPlacement(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                             std::size_t count, std::size_t group)
+                             std::size_t count, std::size_t group, std::size_t groupsAhead)
     : maps_(maps),
       count_(count),
       updates_(updates),
       rowsLeft_(area.rows()),
       width_(static_cast<std::ptrdiff_t>(area.columns())) {
   const std::size_t width = area.columns();
-  // Two groups at least: the cache line in which one ends and another begins is fetched with the second. A
-  // whole number of them before the row's end, so that the next row is fetched from its first pixel on.
-  const std::size_t groups = 2 + kStepsOfDelay / std::max<std::size_t>(count, 1);
-  distance_ = static_cast<std::ptrdiff_t>(std::min(groups * group + width % group, width));
+  // A whole number of groups before the row's end, so that the next row is fetched from its first pixel on.
+  distance_ = static_cast<std::ptrdiff_t>(std::min(groupsAhead * group + width % group, width));
   for (std::size_t p = 0; p < count; ++p) {
     const auto row = static_cast<std::int64_t>(maps.beamRows / 2) - updates[p].row + area.firstRow;
     const auto column =

@@ -18,8 +18,9 @@ class BeamPlacement {
  public:
   /// @param count at most kMaxTileUpdates steps; they and `maps` must outlive the placement.
   /// @param group pixels of a row that the kernel works on at a time.
+  /// @param groupsAhead how many groups later what it fetches is worked on; at most a row.
   BeamPlacement(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                std::size_t count, std::size_t group);
+                std::size_t count, std::size_t group, std::size_t groupsAhead);
 
   /// Goes to the tile's first row, then to the one after it and so on: once for each.
   void nextRow();

@@ -207,6 +207,13 @@ constexpr int vectorsFor(int terms) {
   return terms == 1 ? 8 : terms == 2 ? 4 : terms == 3 ? 3 : 2;
 }
 
+/// Groups of pixels that pass until memory has delivered what is fetched for a later one. Two at least: the
+/// cache line in which one ends and the next begins is fetched with the next.
+std::size_t groupsAhead(std::size_t steps) {
+  constexpr std::size_t kStepsOfDelay = 32;
+  return 2 + kStepsOfDelay / std::max<std::size_t>(steps, 1);
+}
+
 /// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1, which
 /// do not wrap in it once `shift` is added to their beam element.
 template <int kTerms, ProductRounding kRounding, Search kSearch>
@@ -332,7 +339,7 @@ HWY_NOINLINE CleanTileBest passTile(const CleanTileMaps& maps, const CleanTileAr
                                     const CleanUpdate* updates, std::size_t count,
                                     const CleanContest& contest) {
   constexpr bool kByRows = kSearch == Search::kNorm;
-  BeamPlacement below(maps, area, updates, count, vectorsFor(kTerms) * hn::Lanes(Wide()));
+  BeamPlacement below(maps, area, updates, count, vectorsFor(kTerms) * hn::Lanes(Wide()), groupsAhead(count));
   const double h = 2.0 - contest.gain;
   const SearchConstants constants{contest.gain, h, h * contest.gain};
   const std::size_t width = area.columns();

@@ -21,6 +21,8 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 /// Of a cache line.
 constexpr std::size_t kFloatsPerLine = 16;
+/// Steps that are added to the sums of a group of pixels until memory has delivered.
+constexpr std::size_t kStepsOfDelay = 16;
 
 using Wide = hn::ScalableTag<float>;
 using Single = hn::CappedTag<float, 1>;
@@ -29,7 +31,7 @@ using Single = hn::CappedTag<float, 1>;
 struct MergedSteps {
   MergedSteps(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
               std::size_t count, std::size_t group)
-      : below(maps, area, updates, count, group) {
+      : below(maps, area, updates, count, group, 1) {
     for (std::size_t p = 0; p < count; ++p)
       for (int j = 0; j < maps.terms; ++j) increments[p][j] = static_cast<float>(updates[p].increments[j]);
     for (int i = 0; i < maps.terms * maps.terms; ++i) inverse[i] = static_cast<float>(maps.inverse[i]);
@@ -68,10 +70,15 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& ste
   HWY_UNROLL(8)
   for (int v = 0; v < kVectors; ++v) HWY_UNROLL(4)
   for (int k = 0; k < kTerms; ++k) sum[v][k] = hn::Zero(d);
-  const BeamPlacement::Ahead ahead = steps.below.ahead(pixel);
+  // With each step comes what is needed some steps later, with the last ones what the next group needs: never
+  // more at once than the first-level cache holds.
+  const BeamPlacement::Ahead next = steps.below.ahead(pixel);
+  const std::size_t delay = std::min(kStepsOfDelay, to - from);
   for (std::size_t p = from; p < to; ++p) {
     const std::ptrdiff_t start = steps.below.element(p) + pixel;
-    const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel;
+    const std::size_t later = p + delay;
+    const std::ptrdiff_t fetched =
+        later < to ? steps.below.element(later) + pixel : next.elements[later - to + from] + next.pixel;
     HWY_UNROLL(8)
     for (int m = 0; m < 2 * kTerms - 1; ++m) {
       for (std::size_t line = 0; line < kVectors * lanes; line += kFloatsPerLine)

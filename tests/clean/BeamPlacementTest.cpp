@@ -34,7 +34,7 @@ TEST(BeamPlacementTest, TellsTheElementBelowEachRowAlsoWhereTheBeamWraps) {
   const CleanTileArea area{3, 9, 10, 30};
   // Element (6, 20), the beam's centre, lies below the step's pixel. Below the last two steps the beam wraps.
   const CleanUpdate updates[] = {at(3, 10), at(4, 12), at(1, 0), at(10, 35)};
-  BeamPlacement below(maps, area, updates, 4, 8);
+  BeamPlacement below(maps, area, updates, 4, 8, 2);
   EXPECT_TRUE(below.wraps());
   EXPECT_EQ(below.straight(0), 20U);
   EXPECT_EQ(below.straight(1), 20U);
@@ -54,11 +54,11 @@ TEST(BeamPlacementTest, TellsTheElementBelowEachRowAlsoWhereTheBeamWraps) {
 
 /// How often the elements below each pixel of a tile are fetched ahead, row by row, when a kernel works on
 /// `group` pixels at a time, with one step that lies at the beam's centre.
-std::vector<int> fetched(const CleanTileArea& area, std::size_t count, std::size_t group) {
+std::vector<int> fetched(const CleanTileArea& area, std::size_t group, std::size_t groupsAhead) {
   const std::vector<float> beam(kBeamRows * kBeamColumns);
   const CleanTileMaps maps = mapsOver(beam);
-  const std::vector<CleanUpdate> updates(count, at(area.firstRow, area.firstColumn));
-  BeamPlacement below(maps, area, updates.data(), count, group);
+  const CleanUpdate update = at(area.firstRow, area.firstColumn);
+  BeamPlacement below(maps, area, &update, 1, group, groupsAhead);
   std::vector<int> times(area.rows() * area.columns());
   std::ptrdiff_t first = 0;
   for (std::size_t row = 0; row < area.rows(); ++row) {
@@ -66,7 +66,7 @@ std::vector<int> fetched(const CleanTileArea& area, std::size_t count, std::size
     if (row == 0) first = below.element(0);
     for (std::size_t pixel = 0; pixel < area.columns(); pixel += group) {
       const BeamPlacement::Ahead ahead = below.ahead(static_cast<std::ptrdiff_t>(pixel));
-      const std::ptrdiff_t element = static_cast<std::ptrdiff_t>(ahead.elements[count - 1]) - first;
+      const std::ptrdiff_t element = static_cast<std::ptrdiff_t>(ahead.elements[0]) - first;
       const auto wide = static_cast<std::ptrdiff_t>(kBeamColumns);
       const auto width = static_cast<std::ptrdiff_t>(area.columns());
       for (std::ptrdiff_t i = ahead.pixel;
@@ -80,9 +80,9 @@ std::vector<int> fetched(const CleanTileArea& area, std::size_t count, std::size
 TEST(BeamPlacementTest, EveryElementButTheFirstOnesLiesAheadOfSomeGroup) {
   for (const std::uint32_t width : {16U, 20U, 11U, 3U})
     for (const std::size_t group : {std::size_t{1}, std::size_t{3}, std::size_t{4}, std::size_t{32}})
-      for (const std::size_t count : {std::size_t{1}, std::size_t{20}, std::size_t{100}}) {
+      for (const std::size_t ahead : {std::size_t{1}, std::size_t{2}, std::size_t{34}}) {
         const CleanTileArea area{2, 6, 4, 4 + width};
-        const std::vector<int> times = fetched(area, count, group);
+        const std::vector<int> times = fetched(area, group, ahead);
         const auto firstFetched = std::find(times.begin(), times.end(), 1) - times.begin();
         EXPECT_GT(firstFetched, 0);
         EXPECT_LE(firstFetched, width);
@@ -90,7 +90,7 @@ TEST(BeamPlacementTest, EveryElementButTheFirstOnesLiesAheadOfSomeGroup) {
         // of a group at a row's end fetches as much as a whole one.
         for (std::size_t i = static_cast<std::size_t>(firstFetched); i < times.size() - width; ++i)
           EXPECT_TRUE(times[i] == 1 || times[i] == 2)
-              << width << " pixels, " << group << " at a time, " << count << " steps: " << i;
+              << width << " pixels, " << group << " at a time, " << ahead << " ahead: " << i;
       }
 }
 
