@@ -12,11 +12,14 @@ namespace lumo {
 /// pixel of each row of the tile, for every step. Some 12 kilobytes.
 ///
 /// The beam rows below a tile are too short and too many for the processor to foresee. While a kernel works
-/// on some pixels it fetches what lies ahead() of them; nextRow() fetches the elements that lie ahead of
-/// none.
+/// on some pixels it fetches what lies ahead() of them; what lies ahead of none is fetched by the
+/// constructor.
 class BeamPlacement {
  public:
-  /// @param count at most kMaxTileUpdates steps; they and `maps` must outlive the placement.
+  /// Of a cache line.
+  static constexpr std::size_t kFloatsPerLine = 16;
+
+  /// @param count at most kMaxTileUpdates steps, which must outlive the placement.
   /// @param group pixels of a row that the kernel works on at a time.
   /// @param groupsAhead how many groups later what it fetches is worked on; at most a row.
   BeamPlacement(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
@@ -45,12 +48,12 @@ class BeamPlacement {
   }
 
  private:
-  void fetchFirst() const;
+  void fetchFirst(const CleanTileMaps& maps) const;
 
-  const CleanTileMaps& maps_;
   std::size_t count_;
   const CleanUpdate* updates_;
-  bool started_ = false;
+  std::size_t beamRows_;
+  std::size_t beamColumns_;
   std::size_t rowsLeft_;  ///< after this one
   std::ptrdiff_t width_;
   std::ptrdiff_t distance_;  ///< from a group to that ahead of it, at most the width

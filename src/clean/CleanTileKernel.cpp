@@ -25,8 +25,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 /// Covers the rounding of S in double, and that of its bound.
 constexpr double kUp = 1.0 + 1e-6;
-/// Of a cache line.
-constexpr std::size_t kFloatsPerLine = 16;
 
 /// What a pass does beside subtracting.
 enum class Search {
@@ -133,7 +131,7 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacemen
     const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel;
     HWY_UNROLL(8)
     for (int m = 0; m < 2 * kTerms - 1; ++m)
-      for (std::size_t line = 0; line < kVectors * lanes; line += kFloatsPerLine)
+      for (std::size_t line = 0; line < kVectors * lanes; line += BeamPlacement::kFloatsPerLine)
         hwy::Prefetch(maps.beams[m] + fetched + line);
     const double* const increments = below.increments(p);
     HWY_UNROLL(8)

@@ -19,8 +19,6 @@ namespace lumo::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// Of a cache line.
-constexpr std::size_t kFloatsPerLine = 16;
 /// Steps that are added to the sums of a group of pixels until memory has delivered.
 constexpr std::size_t kStepsOfDelay = 16;
 
@@ -81,7 +79,7 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& ste
         later < to ? steps.below.element(later) + pixel : next.elements[later - to + from] + next.pixel;
     HWY_UNROLL(8)
     for (int m = 0; m < 2 * kTerms - 1; ++m) {
-      for (std::size_t line = 0; line < kVectors * lanes; line += kFloatsPerLine)
+      for (std::size_t line = 0; line < kVectors * lanes; line += BeamPlacement::kFloatsPerLine)
         hwy::Prefetch(maps.beams[m] + fetched + line);
       // As a rule there is no group after it in the row to fetch the line in which it ends.
       hwy::Prefetch(maps.beams[m] + fetched + kVectors * lanes - 1);
