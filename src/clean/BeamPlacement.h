@@ -21,7 +21,8 @@ class BeamPlacement {
 
   /// @param count at most kMaxTileUpdates steps, which must outlive the placement.
   /// @param group pixels of a row that the kernel works on at a time.
-  /// @param groupsAhead how many groups later what it fetches is worked on; at most a row.
+  /// @param groupsAhead how many groups later it works on what it fetches; a row later where that is sooner.
+  ///   With 1 it must also fetch the cache line in which a group ends, otherwise the group after it does.
   BeamPlacement(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
                 std::size_t count, std::size_t group, std::size_t groupsAhead);
 
@@ -36,12 +37,12 @@ class BeamPlacement {
   [[nodiscard]] bool wraps() const { return wraps_; }
   [[nodiscard]] std::size_t straight(std::size_t step) const { return straight_[step]; }
 
-  /// Pixels of this row or of the next one.
+  /// A group of pixels of this row or of the next one.
   struct Ahead {
     const std::uint32_t* elements;  ///< below that row's first pixel, by step
-    std::ptrdiff_t pixel;
+    std::ptrdiff_t pixel;           ///< its first one, pixels after the row's first
   };
-  /// The group whose beam elements are to be fetched while that at `pixel` is worked on.
+  /// The group whose beam elements are to be fetched while that at `pixel`, counted alike, is worked on.
   [[nodiscard]] Ahead ahead(std::ptrdiff_t pixel) const {
     const std::ptrdiff_t there = pixel + distance_;
     return there < width_ ? Ahead{element_, there} : Ahead{next_, there - width_};
@@ -59,7 +60,8 @@ class BeamPlacement {
   std::ptrdiff_t distance_;  ///< from a group to that ahead of it, at most the width
   bool wraps_ = false;
   std::uint32_t element_[kMaxTileUpdates];
-  std::uint32_t next_[kMaxTileUpdates];  ///< of the row after it, the same row again at the last
+  /// The same of the row after it: at the beginning the tile's first row, at its last that one again.
+  std::uint32_t next_[kMaxTileUpdates];
   std::uint32_t straight_[kMaxTileUpdates];
 };
 

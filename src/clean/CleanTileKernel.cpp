@@ -207,7 +207,7 @@ constexpr int vectorsFor(int terms) {
 
 /// Groups of pixels that pass until memory has delivered what is fetched for a later one. Two at least: the
 /// cache line in which one ends and the next begins is fetched with the next.
-std::size_t groupsAhead(std::size_t steps) {
+constexpr std::size_t groupsAhead(std::size_t steps) {
   constexpr std::size_t kStepsOfDelay = 32;
   return 2 + kStepsOfDelay / std::max<std::size_t>(steps, 1);
 }

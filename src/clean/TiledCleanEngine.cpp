@@ -95,8 +95,7 @@ void TiledCleanEngine::chooseShape() {
   const std::uint32_t rows = residuals()[0]->rows();
   const std::uint32_t columns = residuals()[0]->columns();
   const bool once = tiling_.rounding == CleanRounding::kOnce;
-  // Measured. Memory is read along rows: few and long ones are the fastest. Merging, more is left to merge
-  // where tiles have few columns.
+  // Measured. Merging, more is left to merge where tiles have few columns.
   if (tiling_.rows == 0) tiling_.rows = once ? 16 : 8;
   if (tiling_.columns == 0) tiling_.columns = !once ? 512 : terms() > 1 ? 64 : 128;
   tiling_.rows = std::min(tiling_.rows, rows);

@@ -11,7 +11,7 @@
 namespace lumo {
 
 /// The cards of a FITS header as text, to look values up in or to write. Of several cards with one keyword
-/// the first counts. Values that are not finite are never added, and never found.
+/// the first that is not empty counts. Values that are not finite are never added, and never found.
 class FitsCards {
  public:
   /// Longest text between the quotes of a card, doubled quotes counting twice.

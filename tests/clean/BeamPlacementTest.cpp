@@ -59,6 +59,8 @@ std::vector<int> fetched(const CleanTileArea& area, std::size_t group, std::size
   const CleanTileMaps maps = mapsOver(beam);
   const CleanUpdate update = at(area.firstRow, area.firstColumn);
   BeamPlacement below(maps, area, &update, 1, group, groupsAhead);
+  const auto wide = static_cast<std::ptrdiff_t>(kBeamColumns);
+  const auto width = static_cast<std::ptrdiff_t>(area.columns());
   std::vector<int> times(area.rows() * area.columns());
   std::ptrdiff_t first = 0;
   for (std::size_t row = 0; row < area.rows(); ++row) {
@@ -67,8 +69,6 @@ std::vector<int> fetched(const CleanTileArea& area, std::size_t group, std::size
     for (std::size_t pixel = 0; pixel < area.columns(); pixel += group) {
       const BeamPlacement::Ahead ahead = below.ahead(static_cast<std::ptrdiff_t>(pixel));
       const std::ptrdiff_t element = static_cast<std::ptrdiff_t>(ahead.elements[0]) - first;
-      const auto wide = static_cast<std::ptrdiff_t>(kBeamColumns);
-      const auto width = static_cast<std::ptrdiff_t>(area.columns());
       for (std::ptrdiff_t i = ahead.pixel;
            i < std::min(ahead.pixel + static_cast<std::ptrdiff_t>(group), width); ++i)
         ++times[static_cast<std::size_t>(element / wide * width + i)];
@@ -83,12 +83,14 @@ TEST(BeamPlacementTest, EveryElementButTheFirstOnesLiesAheadOfSomeGroup) {
       for (const std::size_t ahead : {std::size_t{1}, std::size_t{2}, std::size_t{34}}) {
         const CleanTileArea area{2, 6, 4, 4 + width};
         const std::vector<int> times = fetched(area, group, ahead);
-        const auto firstFetched = std::find(times.begin(), times.end(), 1) - times.begin();
-        EXPECT_GT(firstFetched, 0);
+        const auto firstFetched =
+            static_cast<std::size_t>(std::find(times.begin(), times.end(), 1) - times.begin());
+        EXPECT_GT(firstFetched, 0U);
         EXPECT_LE(firstFetched, width);
+        EXPECT_LT(firstFetched, (ahead + 1) * group);
         // Below the last row there is none, and what lies ahead of its groups is fetched for nothing. A part
         // of a group at a row's end fetches as much as a whole one.
-        for (std::size_t i = static_cast<std::size_t>(firstFetched); i < times.size() - width; ++i)
+        for (std::size_t i = firstFetched; i < times.size() - width; ++i)
           EXPECT_TRUE(times[i] == 1 || times[i] == 2)
               << width << " pixels, " << group << " at a time, " << ahead << " ahead: " << i;
       }

@@ -133,7 +133,9 @@ TEST_F(UvfitsDamageTest, AValueLongerThanACardHasRoomForIsDamage) {
 
 TEST_F(UvfitsDamageTest, AMandatoryCardWithoutAValueNeverCrashes) {
   const std::string whole = full().bytes();
-  for (const std::string key : {"BITPIX  =", "NAXIS   =", "NAXIS1  =", "NAXIS2  =", "PCOUNT  =", "GCOUNT  ="})
+  for (const std::string key :
+       {"BITPIX  =", "NAXIS   =", "NAXIS1  =", "NAXIS2  =", "PCOUNT  =", "GCOUNT  ="}) {
+    ASSERT_NE(whole.find(key), std::string::npos) << key;
     for (std::size_t at = whole.find(key); at != std::string::npos; at = whole.find(key, at + 1)) {
       std::string bytes = whole;
       bytes.replace(at + key.size(), 80 - key.size(), std::string(80 - key.size(), ' '));
@@ -143,6 +145,7 @@ TEST_F(UvfitsDamageTest, AMandatoryCardWithoutAValueNeverCrashes) {
       bytes.replace(end, 80, whole, at, 80);
       survive(bytes);
     }
+  }
 }
 
 TEST_F(UvfitsDamageTest, AnImageIsRefused) {
