@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 
 namespace lumo {
 
@@ -45,38 +44,12 @@ struct CleanTileArea {
   [[nodiscard]] std::size_t columns() const { return lastColumn - firstColumn; }
 };
 
-/// What the pixels of a tile must reach.
-struct CleanContest {
-  double gain = 0.0;  ///< loop gain
-  /// A score that some pixel of the maps has: without the constraint, a row of the tile that cannot reach it
-  /// is not searched to the pixel.
-  double score = 0.0;
-  /// By how much S may be larger than what single precision makes of it; infinite where that is not known,
-  /// so that every row is searched.
-  double singleError = std::numeric_limits<double>::infinity();
-};
-
-/// The best pixel of a tile.
-struct CleanTileBest {
-  bool found = false;  ///< whether any pixel searched has a score of 0 or more
-  double score = 0.0;  ///< E of the best pixel
-  /// Place in the maps of the best pixel, the last in scan order among equal scores; without the constraint,
-  /// of the first pixel of that pixel's row of the tile.
-  std::size_t offset = 0;
-  double norm = 0.0;  ///< upper bound of the largest S = r' W r of the tile, 0 at least
-};
-
-/// Subtracts `count` <= kMaxTileUpdates steps from the pixels of a tile, in their order, and searches it, row
-/// by row.
+/// Subtracts `count` <= kMaxTileUpdates steps from the pixels of an area, in their order.
 ///
 /// Every operation and every rounding to float is that of ABCleanEngine's description; only pixels are
-/// interleaved. The bits of maps and scores do not depend on the instruction set that the processor has. All
-/// values must be finite. Touches nothing outside the tile; may run on several tiles at once.
-[[nodiscard]] CleanTileBest updateCleanTile(const CleanTileMaps& maps, const CleanTileArea& area,
-                                            const CleanUpdate* updates, std::size_t count,
-                                            const CleanContest& contest);
-
-/// The best pixel of an area in which nothing is to be subtracted, to the pixel.
-[[nodiscard]] CleanTileBest findCleanPeak(const CleanTileMaps& maps, const CleanTileArea& area, double gain);
+/// interleaved. The bits do not depend on the instruction set that the processor has. All values must be
+/// finite. Touches nothing outside the area; may run on several areas at once.
+void subtractExactly(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                     std::size_t count);
 
 }  // namespace lumo

@@ -32,37 +32,15 @@ struct MergedSteps {
       : below(maps, area, updates, count, group, 1) {
     for (std::size_t p = 0; p < count; ++p)
       for (int j = 0; j < maps.terms; ++j) increments[p][j] = static_cast<float>(updates[p].increments[j]);
-    for (int i = 0; i < maps.terms * maps.terms; ++i) inverse[i] = static_cast<float>(maps.inverse[i]);
   }
   BeamPlacement below;
   float increments[kMaxTileUpdates][kMaxTileTerms];
-  float inverse[kMaxTileTerms * kMaxTileTerms] = {};
 };
-
-/// Largest S of the pixels searched so far, by lane.
-struct LargestNorm {
-  HWY_INLINE LargestNorm() : wide(hn::Zero(Wide())), single(hn::Zero(Single())) {}
-  hn::Vec<Wide> wide;
-  hn::Vec<Single> single;
-};
-
-template <int kTerms, class D, class V = hn::Vec<D>>
-HWY_INLINE V normOf(D d, const MergedSteps& steps, const V* r) {
-  V sum = hn::Zero(d);
-  HWY_UNROLL(4)
-  for (int j = 0; j < kTerms; ++j) {
-    V a = hn::Zero(d);
-    HWY_UNROLL(4)
-    for (int k = 0; k < kTerms; ++k) a = hn::Add(a, hn::Mul(r[k], hn::Set(d, steps.inverse[j * kTerms + k])));
-    sum = hn::Add(sum, hn::Mul(r[j], a));
-  }
-  return sum;
-}
 
 /// kVectors vectors of pixels of one row, `pixel` pixels after the tile's first: the steps from .. to - 1.
 template <int kTerms, int kVectors, class D, class V = hn::Vec<D>>
 HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& steps, std::size_t from,
-                          std::size_t to, std::size_t offset, std::ptrdiff_t pixel, V& largest) {
+                          std::size_t to, std::size_t offset, std::ptrdiff_t pixel) {
   const std::size_t lanes = hn::Lanes(d);
   V sum[kVectors][kTerms];
   HWY_UNROLL(8)
@@ -99,15 +77,10 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& ste
     }
   }
   HWY_UNROLL(8)
-  for (int v = 0; v < kVectors; ++v) {
-    const std::size_t at = offset + static_cast<std::size_t>(v) * lanes;
-    V r[kTerms];
-    HWY_UNROLL(4)
-    for (int k = 0; k < kTerms; ++k) {
-      r[k] = hn::Sub(hn::LoadU(d, maps.maps[k] + at), sum[v][k]);
-      hn::StoreU(r[k], d, maps.maps[k] + at);
-    }
-    largest = hn::Max(largest, normOf<kTerms>(d, steps, r));
+  for (int v = 0; v < kVectors; ++v) HWY_UNROLL(4)
+  for (int k = 0; k < kTerms; ++k) {
+    float* const map = maps.maps[k] + offset + static_cast<std::size_t>(v) * lanes;
+    hn::StoreU(hn::Sub(hn::LoadU(d, map), sum[v][k]), d, map);
   }
 }
 
@@ -121,22 +94,18 @@ constexpr int vectorsFor(int terms) {
 /// once `shift` is added to their beam element.
 template <int kTerms>
 HWY_INLINE void passRow(const CleanTileMaps& maps, const MergedSteps& steps, std::size_t from, std::size_t to,
-                        std::size_t offset, std::size_t begin, std::size_t end, std::ptrdiff_t shift,
-                        LargestNorm& largest) {
+                        std::size_t offset, std::size_t begin, std::size_t end, std::ptrdiff_t shift) {
   constexpr int kVectors = vectorsFor(kTerms);
   const Wide d;
   const Single single;
   const std::size_t lanes = hn::Lanes(d);
   std::size_t i = begin;
   for (; i + kVectors * lanes <= end; i += kVectors * lanes)
-    passLanes<kTerms, kVectors>(d, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i),
-                                largest.wide);
+    passLanes<kTerms, kVectors>(d, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i));
   for (; i + lanes <= end; i += lanes)
-    passLanes<kTerms, 1>(d, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i),
-                         largest.wide);
+    passLanes<kTerms, 1>(d, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i));
   for (; i < end; ++i)
-    passLanes<kTerms, 1>(single, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i),
-                         largest.single);
+    passLanes<kTerms, 1>(single, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i));
 }
 
 /// One tile row whose steps meet the end of a beam row inside it: step by step, in two parts.
@@ -144,33 +113,30 @@ template <int kTerms>
 HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const MergedSteps& steps, std::size_t offset,
                                   std::size_t width) {
   const std::ptrdiff_t period = -static_cast<std::ptrdiff_t>(maps.beamColumns);
-  LargestNorm ignored;
   for (std::size_t p = 0; p < steps.below.count(); ++p) {
     const std::size_t cut = steps.below.straight(p);
-    passRow<kTerms>(maps, steps, p, p + 1, offset, 0, cut, 0, ignored);
-    passRow<kTerms>(maps, steps, p, p + 1, offset, cut, width, period, ignored);
+    passRow<kTerms>(maps, steps, p, p + 1, offset, 0, cut, 0);
+    passRow<kTerms>(maps, steps, p, p + 1, offset, cut, width, period);
   }
 }
 
 template <int kTerms>
-HWY_NOINLINE double passTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                             std::size_t count) {
+HWY_NOINLINE void passTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                           std::size_t count) {
   MergedSteps steps(maps, area, updates, count, vectorsFor(kTerms) * hn::Lanes(Wide()));
   const std::size_t width = area.columns();
-  const std::size_t straight = steps.below.wraps() ? 0 : count;
-  LargestNorm largest;
   for (std::size_t row = area.firstRow; row < area.lastRow; ++row) {
     steps.below.nextRow();
     const std::size_t offset = row * maps.mapColumns + area.firstColumn;
-    if (steps.below.wraps()) subtractWrapped<kTerms>(maps, steps, offset, width);
-    passRow<kTerms>(maps, steps, 0, straight, offset, 0, width, 0, largest);
+    if (steps.below.wraps())
+      subtractWrapped<kTerms>(maps, steps, offset, width);
+    else
+      passRow<kTerms>(maps, steps, 0, count, offset, 0, width, 0);
   }
-  return static_cast<double>(
-      std::max(hn::GetLane(hn::MaxOfLanes(Wide(), largest.wide)), hn::GetLane(largest.single)));
 }
 
-double subtract(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                std::size_t count) {
+void subtractSum(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                 std::size_t count) {
   switch (maps.terms) {
     case 1:
       return passTile<1>(maps, area, updates, count);
@@ -190,11 +156,11 @@ HWY_AFTER_NAMESPACE();
 
 namespace lumo {
 
-HWY_EXPORT(subtract);
+HWY_EXPORT(subtractSum);
 
-double subtractMerged(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                      std::size_t count) {
-  return HWY_DYNAMIC_DISPATCH(subtract)(maps, area, updates, count);
+void subtractMerged(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                    std::size_t count) {
+  HWY_DYNAMIC_DISPATCH(subtractSum)(maps, area, updates, count);
 }
 
 }  // namespace lumo

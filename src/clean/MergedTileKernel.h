@@ -14,10 +14,7 @@ namespace lumo {
 ///
 /// The bits do not depend on the instruction set that the processor has. All values must be finite. Touches
 /// nothing outside the tile; may run on several tiles at once.
-/// @return the largest S = r' W r of the tile as formed in single precision, 0 at least: wrong by at most
-///   16 2^-24 sum_jk |r_j W_jk r_k| at the pixel concerned as long as no value leaves the normal range of a
-///   float.
-[[nodiscard]] double subtractMerged(const CleanTileMaps& maps, const CleanTileArea& area,
-                                    const CleanUpdate* updates, std::size_t count);
+void subtractMerged(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
+                    std::size_t count);
 
 }  // namespace lumo
