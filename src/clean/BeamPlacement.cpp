@@ -17,41 +17,65 @@ std::uint32_t wrapped(std::int64_t index, std::size_t size) {
 }  // namespace
 
 BeamPlacement::BeamPlacement(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                             std::size_t count, std::size_t group, std::size_t groupsAhead)
-    : count_(count),
+                             std::size_t count, std::size_t group, std::size_t delay)
+    : maps_(maps),
+      count_(count),
       updates_(updates),
-      beamRows_(maps.beamRows),
-      beamColumns_(maps.beamColumns),
       rowsLeft_(area.rows()),
-      width_(static_cast<std::ptrdiff_t>(area.columns())) {
+      width_(static_cast<std::ptrdiff_t>(area.columns())),
+      group_(static_cast<std::ptrdiff_t>(group)) {
   const std::size_t width = area.columns();
-  // A whole number of groups before the row's end, so that the next row is fetched from its first pixel on.
-  distance_ = static_cast<std::ptrdiff_t>(std::min(groupsAhead * group + width % group, width));
   for (std::size_t p = 0; p < count; ++p) {
-    const auto row = static_cast<std::int64_t>(beamRows_ / 2) - updates[p].row + area.firstRow;
-    const auto column = static_cast<std::int64_t>(beamColumns_ / 2) - updates[p].column + area.firstColumn;
-    const std::uint32_t beamColumn = wrapped(column, beamColumns_);
-    next_[p] = static_cast<std::uint32_t>(wrapped(row, beamRows_) * beamColumns_ + beamColumn);
-    straight_[p] = static_cast<std::uint32_t>(std::min(width, beamColumns_ - beamColumn));
+    const auto row = static_cast<std::int64_t>(maps.beamRows / 2) - updates[p].row + area.firstRow;
+    const auto column =
+        static_cast<std::int64_t>(maps.beamColumns / 2) - updates[p].column + area.firstColumn;
+    const std::uint32_t beamColumn = wrapped(column, maps.beamColumns);
+    next_[p] = static_cast<std::uint32_t>(wrapped(row, maps.beamRows) * maps.beamColumns + beamColumn);
+    straight_[p] = static_cast<std::uint32_t>(std::min(width, maps.beamColumns - beamColumn));
     wraps_ = wraps_ || straight_[p] < width;
   }
-  fetchFirst(maps);
+  if (count == 0) return;
+  const std::size_t groups = std::min(delay / count, width / group);
+  if (groups < width / group) turn_ = delay % count;
+  // A whole number of groups before the row's end, so that the next row is fetched from its first pixel on.
+  if (groups > 0 || width < group) distance_ = static_cast<std::ptrdiff_t>(groups * group + width % group);
+  fetchFirst();
 }
 
 void BeamPlacement::nextRow() {
-  const auto columns = static_cast<std::uint32_t>(beamColumns_);
-  const auto lastRow = static_cast<std::uint32_t>((beamRows_ - 1) * beamColumns_);
+  const auto columns = static_cast<std::uint32_t>(maps_.beamColumns);
+  const auto lastRow = static_cast<std::uint32_t>((maps_.beamRows - 1) * maps_.beamColumns);
   std::copy(next_, next_ + count_, element_);
-  if (--rowsLeft_ == 0) return;
-  for (std::size_t p = 0; p < count_; ++p)
-    next_[p] = element_[p] < lastRow ? element_[p] + columns : element_[p] - lastRow;
+  if (--rowsLeft_ != 0)
+    for (std::size_t p = 0; p < count_; ++p)
+      next_[p] = element_[p] < lastRow ? element_[p] + columns : element_[p] - lastRow;
+  placeAhead();
 }
 
-void BeamPlacement::fetchFirst(const CleanTileMaps& maps) const {
+void BeamPlacement::placeAhead() {
+  const std::size_t same = count_ - turn_;
+  const auto place = [&](std::int32_t* ahead, const std::uint32_t* group, const std::uint32_t* nextGroup,
+                         std::ptrdiff_t shift) {
+    for (std::size_t p = 0; p < same; ++p) ahead[p] = static_cast<std::int32_t>(group[p + turn_]);
+    for (std::size_t p = 0; p < turn_; ++p)
+      ahead[same + p] = static_cast<std::int32_t>(nextGroup[p]) + static_cast<std::int32_t>(shift);
+  };
+  const std::ptrdiff_t last = distance_ > 0 ? width_ - group_ : (width_ - 1) / group_ * group_;
+  if (distance_ + group_ < width_) place(inRow_, element_, element_, group_);
+  if (distance_ < width_) place(atEnd_, element_, next_, -last);
+  if (distance_ > 0) place(inNextRow_, next_, next_, group_);
+}
+
+void BeamPlacement::fetchFirst() const {
   for (std::size_t p = 0; p < count_; ++p)
-    for (std::int32_t m = 0; m < 2 * maps.terms - 1; ++m)
-      for (std::size_t i = 0; i <= static_cast<std::size_t>(distance_); i += kFloatsPerLine)
-        hwy::Prefetch(maps.beams[m] + next_[p] + i);
+    for (std::int32_t m = 0; m < 2 * maps_.terms - 1; ++m)
+      for (std::ptrdiff_t i = 0; i <= distance_ + group_; i += kFloatsPerLine)
+        hwy::Prefetch(maps_.beams[m] + next_[p] + i);
+}
+
+void BeamPlacement::fetchNextRowStart() const {
+  for (std::size_t p = 0; p < count_; ++p)
+    for (std::int32_t m = 0; m < 2 * maps_.terms - 1; ++m) hwy::Prefetch(maps_.beams[m] + next_[p]);
 }
 
 }  // namespace lumo

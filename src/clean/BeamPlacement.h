@@ -9,22 +9,22 @@
 namespace lumo {
 
 /// Where the steps of one call of a tile kernel meet the beams: the beam element that lies below the first
-/// pixel of each row of the tile, for every step. Some 12 kilobytes.
+/// pixel of each row of the tile, for every step. Some 24 kilobytes.
 ///
-/// The beam rows below a tile are too short and too many for the processor to foresee. While a kernel works
-/// on some pixels it fetches what lies ahead() of them; what lies ahead of none is fetched by the
-/// constructor.
+/// The beam rows below a tile are too short and too many for the processor to foresee. With each step that a
+/// kernel subtracts from some pixels it fetches what lies ahead() of that; what lies ahead of none is fetched
+/// by the constructor.
 class BeamPlacement {
  public:
   /// Of a cache line.
-  static constexpr std::size_t kFloatsPerLine = 16;
+  static constexpr std::ptrdiff_t kFloatsPerLine = 16;
 
   /// @param count at most kMaxTileUpdates steps, which must outlive the placement.
-  /// @param group pixels of a row that the kernel works on at a time.
-  /// @param groupsAhead how many groups later it works on what it fetches; a row later where that is sooner.
-  ///   With 1 it must also fetch the cache line in which a group ends, otherwise the group after it does.
+  /// @param group pixels of a row that the kernel works on at a time, step by step.
+  /// @param delay how many steps later the kernel subtracts what it fetches, counted over groups and rows: a
+  ///   row later where that is sooner. More are for slower memory, less for smaller caches.
   BeamPlacement(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
-                std::size_t count, std::size_t group, std::size_t groupsAhead);
+                std::size_t count, std::size_t group, std::size_t delay);
 
   /// Goes to the tile's first row, then to the one after it and so on: once for each.
   void nextRow();
@@ -37,32 +37,45 @@ class BeamPlacement {
   [[nodiscard]] bool wraps() const { return wraps_; }
   [[nodiscard]] std::size_t straight(std::size_t step) const { return straight_[step]; }
 
-  /// A group of pixels of this row or of the next one.
+  /// What is to be fetched while a group is worked on: with step p the group of pixels whose first one lies
+  /// above beam element `elements[p] + pixel`.
   struct Ahead {
-    const std::uint32_t* elements;  ///< below that row's first pixel, by step
-    std::ptrdiff_t pixel;           ///< its first one, pixels after the row's first
+    const std::int32_t* elements;
+    std::ptrdiff_t pixel;
   };
-  /// The group whose beam elements are to be fetched while that at `pixel`, counted alike, is worked on.
+  /// @param pixel the first of the group worked on, pixels after the row's first.
   [[nodiscard]] Ahead ahead(std::ptrdiff_t pixel) const {
     const std::ptrdiff_t there = pixel + distance_;
-    return there < width_ ? Ahead{element_, there} : Ahead{next_, there - width_};
+    return there + group_ < width_ ? Ahead{inRow_, there}
+           : there < width_        ? Ahead{atEnd_, there}
+                                   : Ahead{inNextRow_, there - width_};
   }
+  /// Fetches the first beam elements of the next row. The cache line in which a group ends is fetched with
+  /// it, and the next group of the row begins in it, so that a kernel need not fetch first lines one by one.
+  void fetchNextRowStart() const;
 
  private:
-  void fetchFirst(const CleanTileMaps& maps) const;
+  void placeAhead();
+  void fetchFirst() const;
 
+  const CleanTileMaps& maps_;
   std::size_t count_;
   const CleanUpdate* updates_;
-  std::size_t beamRows_;
-  std::size_t beamColumns_;
   std::size_t rowsLeft_;  ///< after this one
   std::ptrdiff_t width_;
-  std::ptrdiff_t distance_;  ///< from a group to that ahead of it, at most the width
+  std::ptrdiff_t group_;
+  // Between a group and step and that ahead of it: pixels of a row, at most its width, and steps.
+  std::ptrdiff_t distance_ = 0;
+  std::size_t turn_ = 0;
   bool wraps_ = false;
   std::uint32_t element_[kMaxTileUpdates];
   /// The same of the row after it: at the beginning the tile's first row, at its last that one again.
   std::uint32_t next_[kMaxTileUpdates];
   std::uint32_t straight_[kMaxTileUpdates];
+  // By the step that they are fetched with; `turn_` of them belong to the next group.
+  std::int32_t inRow_[kMaxTileUpdates];
+  std::int32_t atEnd_[kMaxTileUpdates];  ///< the next group is the first of the next row
+  std::int32_t inNextRow_[kMaxTileUpdates];
 };
 
 }  // namespace lumo

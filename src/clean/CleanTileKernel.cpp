@@ -21,6 +21,9 @@ namespace lumo::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+/// Steps that are subtracted from a group of pixels until memory has delivered.
+constexpr std::size_t kStepsOfDelay = 40;
+
 template <ProductRounding kRounding, class D, class V = hn::Vec<D>>
 HWY_INLINE V roundToFloat(D d, V value) {
   if constexpr (kRounding == ProductRounding::kConvert) {
@@ -42,13 +45,15 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacemen
                               std::size_t to, std::ptrdiff_t pixel, V (&r)[kVectors][kTerms]) {
   const hn::Rebind<float, D> df;
   const std::size_t lanes = hn::Lanes(d);
+  const auto group = static_cast<std::ptrdiff_t>(kVectors * lanes);
   const BeamPlacement::Ahead ahead = below.ahead(pixel);
   for (std::size_t p = from; p < to; ++p) {
     const std::ptrdiff_t start = below.element(p) + pixel;
-    const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel;
+    // All lines of the group ahead but that in which it begins: see fetchNextRowStart().
+    const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel + BeamPlacement::kFloatsPerLine - 1;
     HWY_UNROLL(8)
     for (int m = 0; m < 2 * kTerms - 1; ++m)
-      for (std::size_t line = 0; line < kVectors * lanes; line += BeamPlacement::kFloatsPerLine)
+      for (std::ptrdiff_t line = 0; line < group; line += BeamPlacement::kFloatsPerLine)
         hwy::Prefetch(maps.beams[m] + fetched + line);
     const double* const increments = below.increments(p);
     HWY_UNROLL(8)
@@ -111,13 +116,6 @@ constexpr int vectorsFor(int terms) {
   return terms == 1 ? 8 : terms == 2 ? 4 : terms == 3 ? 3 : 2;
 }
 
-/// Groups of pixels that pass until memory has delivered what is fetched for a later one. Two at least: the
-/// cache line in which one ends and the next begins is fetched with the next.
-constexpr std::size_t groupsAhead(std::size_t steps) {
-  constexpr std::size_t kStepsOfDelay = 32;
-  return 2 + kStepsOfDelay / std::max<std::size_t>(steps, 1);
-}
-
 /// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1, which
 /// do not wrap in it once `shift` is added to their beam element.
 template <int kTerms, ProductRounding kRounding>
@@ -149,10 +147,11 @@ HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const BeamPlacement
 template <int kTerms, ProductRounding kRounding>
 HWY_NOINLINE void passTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
                            std::size_t count) {
-  BeamPlacement below(maps, area, updates, count, vectorsFor(kTerms) * hn::Lanes(Wide()), groupsAhead(count));
+  BeamPlacement below(maps, area, updates, count, vectorsFor(kTerms) * hn::Lanes(Wide()), kStepsOfDelay);
   const std::size_t width = area.columns();
   for (std::size_t row = area.firstRow; row < area.lastRow; ++row) {
     below.nextRow();
+    below.fetchNextRowStart();
     const std::size_t offset = row * maps.mapColumns + area.firstColumn;
     if (below.wraps())
       subtractWrapped<kTerms, kRounding>(maps, below, offset, width);

@@ -20,7 +20,7 @@ namespace lumo::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 /// Steps that are added to the sums of a group of pixels until memory has delivered.
-constexpr std::size_t kStepsOfDelay = 16;
+constexpr std::size_t kStepsOfDelay = 12;
 
 using Wide = hn::ScalableTag<float>;
 using Single = hn::CappedTag<float, 1>;
@@ -29,7 +29,7 @@ using Single = hn::CappedTag<float, 1>;
 struct MergedSteps {
   MergedSteps(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
               std::size_t count, std::size_t group)
-      : below(maps, area, updates, count, group, 1) {
+      : below(maps, area, updates, count, group, kStepsOfDelay) {
     for (std::size_t p = 0; p < count; ++p)
       for (int j = 0; j < maps.terms; ++j) increments[p][j] = static_cast<float>(updates[p].increments[j]);
   }
@@ -46,21 +46,17 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& ste
   HWY_UNROLL(8)
   for (int v = 0; v < kVectors; ++v) HWY_UNROLL(4)
   for (int k = 0; k < kTerms; ++k) sum[v][k] = hn::Zero(d);
-  // With each step comes what is needed some steps later, with the last ones what the next group needs: never
-  // more at once than the first-level cache holds.
-  const BeamPlacement::Ahead next = steps.below.ahead(pixel);
-  const std::size_t delay = std::min(kStepsOfDelay, to - from);
+  // All lines: as a rule a row is a single group.
+  const auto group = static_cast<std::ptrdiff_t>(kVectors * lanes);
+  const BeamPlacement::Ahead ahead = steps.below.ahead(pixel);
   for (std::size_t p = from; p < to; ++p) {
     const std::ptrdiff_t start = steps.below.element(p) + pixel;
-    const std::size_t later = p + delay;
-    const std::ptrdiff_t fetched =
-        later < to ? steps.below.element(later) + pixel : next.elements[later - to + from] + next.pixel;
+    const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel;
     HWY_UNROLL(8)
     for (int m = 0; m < 2 * kTerms - 1; ++m) {
-      for (std::size_t line = 0; line < kVectors * lanes; line += BeamPlacement::kFloatsPerLine)
+      for (std::ptrdiff_t line = 0; line < group; line += BeamPlacement::kFloatsPerLine)
         hwy::Prefetch(maps.beams[m] + fetched + line);
-      // As a rule there is no group after it in the row to fetch the line in which it ends.
-      hwy::Prefetch(maps.beams[m] + fetched + kVectors * lanes - 1);
+      hwy::Prefetch(maps.beams[m] + fetched + group - 1);
     }
     HWY_UNROLL(8)
     for (int v = 0; v < kVectors; ++v) {
