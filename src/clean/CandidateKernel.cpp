@@ -2,6 +2,8 @@
 #include "clean/CandidateKernel.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <limits>
 
 #include "clean/RowCandidates.h"
@@ -225,10 +227,14 @@ class AreaSearch {
       const auto below = hn::Lt(norm, least);
       rest = hn::Max(rest, hn::IfThenElse(below, norm, rest));
       if (HWY_LIKELY(hn::AllTrue(df, below))) continue;
-      HWY_ALIGN float norms[hn::MaxLanes(df)];
-      hn::StoreU(norm, df, norms);
-      for (std::size_t part = 0; part < lanes; part += hn::Lanes(dd))
-        takeVector(dd, offset + i + part, norms + part, row);
+      std::uint8_t bytes[8] = {};
+      hn::StoreMaskBits(df, hn::Not(below), bytes);
+      std::uint64_t reached = 0;
+      std::memcpy(&reached, bytes, sizeof reached);
+      reached &= (std::uint64_t{1} << lanes) - 1;
+      const std::size_t part = hn::Lanes(dd);
+      for (std::size_t from = 0; reached >> from != 0; from += part)
+        takeVector(dd, offset + i + from, reached >> from & ((1U << part) - 1U), row);
     }
     return i;
   }
@@ -251,9 +257,10 @@ class AreaSearch {
     return sum;
   }
 
-  /// The pixels of a vector that may reach the score.
+  /// Those pixels of a vector that may reach the score.
   template <class D, class V = hn::Vec<D>>
-  HWY_INLINE void takeVector(D d, std::size_t offset, const float* norms, RowCandidates& row) {
+  HWY_INLINE void takeVector(D d, std::size_t offset, std::uint64_t reached, RowCandidates& row) {
+    if (reached == 0) return;
     const hn::Rebind<float, D> df;
     V r[kTerms];
     HWY_UNROLL(4)
@@ -263,12 +270,12 @@ class AreaSearch {
     V norm;
     const V score = scoresOf<kTerms, kNonNegative>(d, maps_, constants_, r, current, norm);
     double scores[hn::MaxLanes(d)];
-    double exact[hn::MaxLanes(d)];
+    double norms[hn::MaxLanes(d)];
     hn::StoreU(score, d, scores);
-    hn::StoreU(norm, d, exact);
-    for (std::size_t lane = 0; lane < hn::Lanes(d); ++lane) {
-      if (norms[lane] < leastNorm_) continue;
-      largest_ = std::max(largest_, exact[lane]);
+    hn::StoreU(norm, d, norms);
+    for (; reached != 0; reached &= reached - 1) {
+      const auto lane = static_cast<std::size_t>(std::countr_zero(reached));
+      largest_ = std::max(largest_, norms[lane]);
       row.take(scores[lane], static_cast<std::uint32_t>(offset + lane));
     }
   }

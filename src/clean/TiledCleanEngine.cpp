@@ -90,7 +90,7 @@ void TiledCleanEngine::chooseShape() {
   const bool once = tiling_.rounding == CleanRounding::kOnce;
   // Measured. Merging, more is left to merge where tiles have few columns.
   if (tiling_.rows == 0) tiling_.rows = once ? 16 : 8;
-  if (tiling_.columns == 0) tiling_.columns = !once ? 512 : terms() > 1 ? 64 : 128;
+  if (tiling_.columns == 0) tiling_.columns = !once ? 1024 : terms() > 1 ? 64 : 128;
   tiling_.rows = std::min(tiling_.rows, rows);
   tiling_.columns = std::min(tiling_.columns, columns);
   // The more steps are merged the fewer are left, but the list must stay small beside maps and beams.
