@@ -9,7 +9,7 @@
 namespace lumo {
 
 /// Where the steps of one call of a tile kernel meet the beams: the beam element that lies below the first
-/// pixel of each row of the tile, for every step. Some 24 kilobytes.
+/// pixel of the tile, for every step. Some 24 kilobytes.
 ///
 /// The beam rows below a tile are too short and too many for the processor to foresee. With each step that a
 /// kernel subtracts from some pixels it fetches what lies ahead() of that; what lies ahead of none is fetched
@@ -19,23 +19,36 @@ class BeamPlacement {
   /// Of a cache line.
   static constexpr std::ptrdiff_t kFloatsPerLine = 16;
 
-  /// @param count at most kMaxTileUpdates steps, which must outlive the placement.
+  /// @param count at most kMaxTileUpdates steps, which must outlive the placement, as `maps` must.
   /// @param group pixels of a row that the kernel works on at a time, step by step.
   /// @param delay how many steps later the kernel subtracts what it fetches, counted over groups and rows: a
   ///   row later where that is sooner. More are for slower memory, less for smaller caches.
   BeamPlacement(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
                 std::size_t count, std::size_t group, std::size_t delay);
 
-  /// Goes to the tile's first row, then to the one after it and so on: once for each.
-  void nextRow();
-
   [[nodiscard]] std::size_t count() const { return count_; }
   [[nodiscard]] const double* increments(std::size_t step) const { return updates_[step].increments; }
-  /// Beam element below the first pixel of the row.
+  /// Beam element below the first pixel of the tile.
   [[nodiscard]] std::ptrdiff_t element(std::size_t step) const { return element_[step]; }
-  /// Whether any step's beam columns wrap inside the tile, and after how many pixels of a row.
+
+  /// One row of the tile, or a part of one.
+  struct Row {
+    std::ptrdiff_t shift;  ///< to its beam elements from those below the tile's first row
+    bool last;             ///< no other row is to be fetched
+  };
+  /// @param n counted from the tile's first; where nothing wraps.
+  [[nodiscard]] Row row(std::size_t n) const {
+    return {static_cast<std::ptrdiff_t>(n * maps_.beamColumns), n + 1 == rows_};
+  }
+
+  /// Whether the beam of any step wraps below the tile. Then each row lies in two parts above each of them.
   [[nodiscard]] bool wraps() const { return wraps_; }
-  [[nodiscard]] std::size_t straight(std::size_t step) const { return straight_[step]; }
+  struct Parts {
+    Row first;
+    Row second;
+    std::size_t cut;  ///< pixels of the first
+  };
+  [[nodiscard]] Parts parts(std::size_t step, std::size_t n) const;
 
   /// What is to be fetched while a group is worked on: with step p the group of pixels whose first one lies
   /// above beam element `elements[p] + pixel`.
@@ -44,15 +57,16 @@ class BeamPlacement {
     std::ptrdiff_t pixel;
   };
   /// @param pixel the first of the group worked on, pixels after the row's first.
-  [[nodiscard]] Ahead ahead(std::ptrdiff_t pixel) const {
+  [[nodiscard]] Ahead ahead(const Row& row, std::ptrdiff_t pixel) const {
     const std::ptrdiff_t there = pixel + distance_;
-    return there + group_ < width_ ? Ahead{inRow_, there}
-           : there < width_        ? Ahead{atEnd_, there}
-                                   : Ahead{inNextRow_, there - width_};
+    if (there + group_ < width_ || (row.last && there < width_)) return {inRow_, row.shift + there};
+    if (row.last) return {inRow_, row.shift + pixel};
+    return there < width_ ? Ahead{atEnd_, row.shift + there} : Ahead{inNextRow_, row.shift + there - width_};
   }
-  /// Fetches the first beam elements of the next row. The cache line in which a group ends is fetched with
-  /// it, and the next group of the row begins in it, so that a kernel need not fetch first lines one by one.
-  void fetchNextRowStart() const;
+  /// Fetches the first beam elements of the row after `row`. The cache line in which a group ends is fetched
+  /// with it, and the next group of the row begins in it, so that a kernel need not fetch first lines one by
+  /// one.
+  void fetchNextRowStart(const Row& row) const;
 
  private:
   void placeAhead();
@@ -61,17 +75,14 @@ class BeamPlacement {
   const CleanTileMaps& maps_;
   std::size_t count_;
   const CleanUpdate* updates_;
-  std::size_t rowsLeft_;  ///< after this one
+  std::size_t rows_;
   std::ptrdiff_t width_;
   std::ptrdiff_t group_;
   // Between a group and step and that ahead of it: pixels of a row, at most its width, and steps.
   std::ptrdiff_t distance_ = 0;
   std::size_t turn_ = 0;
   bool wraps_ = false;
-  std::uint32_t element_[kMaxTileUpdates];
-  /// The same of the row after it: at the beginning the tile's first row, at its last that one again.
-  std::uint32_t next_[kMaxTileUpdates];
-  std::uint32_t straight_[kMaxTileUpdates];
+  std::int32_t element_[kMaxTileUpdates];
   // By the step that they are fetched with; `turn_` of them belong to the next group.
   std::int32_t inRow_[kMaxTileUpdates];
   std::int32_t atEnd_[kMaxTileUpdates];  ///< the next group is the first of the next row

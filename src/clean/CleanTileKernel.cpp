@@ -38,17 +38,20 @@ HWY_INLINE V roundToFloat(D d, V value) {
   }
 }
 
-/// Subtracts the steps from .. to - 1 from kVectors vectors of pixels of one row, `pixel` pixels after the
-/// tile's first, with the residuals in registers.
+using Row = BeamPlacement::Row;
+
+/// Subtracts the steps from .. to - 1 from kVectors vectors of pixels of one row, `pixel` pixels after its
+/// first, with the residuals in registers.
 template <int kTerms, ProductRounding kRounding, int kVectors, class D, class V>
 HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
-                              std::size_t to, std::ptrdiff_t pixel, V (&r)[kVectors][kTerms]) {
+                              std::size_t to, const Row& row, std::ptrdiff_t pixel,
+                              V (&r)[kVectors][kTerms]) {
   const hn::Rebind<float, D> df;
   const std::size_t lanes = hn::Lanes(d);
   const auto group = static_cast<std::ptrdiff_t>(kVectors * lanes);
-  const BeamPlacement::Ahead ahead = below.ahead(pixel);
+  const BeamPlacement::Ahead ahead = below.ahead(row, pixel);
   for (std::size_t p = from; p < to; ++p) {
-    const std::ptrdiff_t start = below.element(p) + pixel;
+    const std::ptrdiff_t start = below.element(p) + row.shift + pixel;
     // All lines of the group ahead but that in which it begins: see fetchNextRowStart().
     const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel + BeamPlacement::kFloatsPerLine - 1;
     HWY_UNROLL(8)
@@ -78,7 +81,7 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacemen
 /// kVectors vectors of pixels of one row: load, subtract, store.
 template <int kTerms, ProductRounding kRounding, int kVectors, class D>
 HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
-                          std::size_t to, std::size_t offset, std::ptrdiff_t pixel) {
+                          std::size_t to, const Row& row, std::size_t offset, std::ptrdiff_t pixel) {
   const hn::Rebind<float, D> df;
   const std::size_t lanes = hn::Lanes(d);
   hn::Vec<D> r[kVectors][kTerms];
@@ -86,7 +89,7 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const BeamPlacement& b
   for (int v = 0; v < kVectors; ++v) HWY_UNROLL(4)
   for (int k = 0; k < kTerms; ++k)
     r[v][k] = hn::PromoteTo(d, hn::LoadU(df, maps.maps[k] + offset + static_cast<std::size_t>(v) * lanes));
-  subtractLanes<kTerms, kRounding, kVectors>(d, maps, below, from, to, pixel, r);
+  subtractLanes<kTerms, kRounding, kVectors>(d, maps, below, from, to, row, pixel, r);
   HWY_UNROLL(8)
   for (int v = 0; v < kVectors; ++v) HWY_UNROLL(4)
   for (int k = 0; k < kTerms; ++k)
@@ -101,12 +104,12 @@ using Single = hn::CappedTag<double, 1>;
 /// @return the first pixel left.
 template <int kTerms, ProductRounding kRounding, int kVectors, class D>
 HWY_INLINE std::size_t passVectors(D d, const CleanTileMaps& maps, const BeamPlacement& below,
-                                   std::size_t from, std::size_t to, std::size_t offset, std::size_t i,
-                                   std::size_t end, std::ptrdiff_t shift) {
+                                   std::size_t from, std::size_t to, const Row& row, std::size_t offset,
+                                   std::size_t i, std::size_t end) {
   const std::size_t step = kVectors * hn::Lanes(d);
   for (; i + step <= end; i += step)
-    passLanes<kTerms, kRounding, kVectors>(d, maps, below, from, to, offset + i,
-                                           shift + static_cast<std::ptrdiff_t>(i));
+    passLanes<kTerms, kRounding, kVectors>(d, maps, below, from, to, row, offset + i,
+                                           static_cast<std::ptrdiff_t>(i));
   return i;
 }
 
@@ -116,47 +119,45 @@ constexpr int vectorsFor(int terms) {
   return terms == 1 ? 8 : terms == 2 ? 4 : terms == 3 ? 3 : 2;
 }
 
-/// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1, which
-/// do not wrap in it once `shift` is added to their beam element.
+/// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1.
 template <int kTerms, ProductRounding kRounding>
 HWY_INLINE void passRow(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t from,
-                        std::size_t to, std::size_t offset, std::size_t begin, std::size_t end,
-                        std::ptrdiff_t shift) {
+                        std::size_t to, const Row& row, std::size_t offset, std::size_t begin,
+                        std::size_t end) {
   constexpr int kVectors = vectorsFor(kTerms);
   const Wide d;
-  std::size_t i =
-      passVectors<kTerms, kRounding, kVectors>(d, maps, below, from, to, offset, begin, end, shift);
+  std::size_t i = passVectors<kTerms, kRounding, kVectors>(d, maps, below, from, to, row, offset, begin, end);
   if constexpr (kVectors == 3)  // two are left of the usual width of tiles
-    i = passVectors<kTerms, kRounding, 2>(d, maps, below, from, to, offset, i, end, shift);
-  i = passVectors<kTerms, kRounding, 1>(d, maps, below, from, to, offset, i, end, shift);
-  passVectors<kTerms, kRounding, 1>(Single(), maps, below, from, to, offset, i, end, shift);
+    i = passVectors<kTerms, kRounding, 2>(d, maps, below, from, to, row, offset, i, end);
+  i = passVectors<kTerms, kRounding, 1>(d, maps, below, from, to, row, offset, i, end);
+  passVectors<kTerms, kRounding, 1>(Single(), maps, below, from, to, row, offset, i, end);
 }
 
-/// One tile row whose steps meet the end of a beam row inside it: step by step, in two parts.
+/// Row `n` of a tile in which beams wrap: step by step, in two parts.
 template <int kTerms, ProductRounding kRounding>
-HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t offset,
-                                  std::size_t width) {
-  const std::ptrdiff_t period = -static_cast<std::ptrdiff_t>(maps.beamColumns);
+HWY_NOINLINE void passWrapped(const CleanTileMaps& maps, const BeamPlacement& below, std::size_t n,
+                              std::size_t offset, std::size_t width) {
   for (std::size_t p = 0; p < below.count(); ++p) {
-    const std::size_t cut = below.straight(p);
-    passRow<kTerms, kRounding>(maps, below, p, p + 1, offset, 0, cut, 0);
-    passRow<kTerms, kRounding>(maps, below, p, p + 1, offset, cut, width, period);
+    const BeamPlacement::Parts parts = below.parts(p, n);
+    passRow<kTerms, kRounding>(maps, below, p, p + 1, parts.first, offset, 0, parts.cut);
+    passRow<kTerms, kRounding>(maps, below, p, p + 1, parts.second, offset, parts.cut, width);
   }
 }
 
 template <int kTerms, ProductRounding kRounding>
 HWY_NOINLINE void passTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
                            std::size_t count) {
-  BeamPlacement below(maps, area, updates, count, vectorsFor(kTerms) * hn::Lanes(Wide()), kStepsOfDelay);
-  const std::size_t width = area.columns();
-  for (std::size_t row = area.firstRow; row < area.lastRow; ++row) {
-    below.nextRow();
-    below.fetchNextRowStart();
-    const std::size_t offset = row * maps.mapColumns + area.firstColumn;
-    if (below.wraps())
-      subtractWrapped<kTerms, kRounding>(maps, below, offset, width);
-    else
-      passRow<kTerms, kRounding>(maps, below, 0, count, offset, 0, width, 0);
+  const BeamPlacement below(maps, area, updates, count, vectorsFor(kTerms) * hn::Lanes(Wide()),
+                            kStepsOfDelay);
+  for (std::size_t n = 0; n < area.rows(); ++n) {
+    const std::size_t offset = (area.firstRow + n) * maps.mapColumns + area.firstColumn;
+    if (below.wraps()) {
+      passWrapped<kTerms, kRounding>(maps, below, n, offset, area.columns());
+      continue;
+    }
+    const Row row = below.row(n);
+    below.fetchNextRowStart(row);
+    passRow<kTerms, kRounding>(maps, below, 0, count, row, offset, 0, area.columns());
   }
 }
 

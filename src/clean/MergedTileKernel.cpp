@@ -19,8 +19,17 @@ namespace lumo::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// Steps that are added to the sums of a group of pixels until memory has delivered.
-constexpr std::size_t kStepsOfDelay = 12;
+/// Steps that are added to the sums of a group of pixels until what is fetched has come from the last-level
+/// cache, or from memory.
+constexpr std::size_t kCacheDelay = 8;
+constexpr std::size_t kMemoryDelay = 20;
+/// Bytes of all beams that a last-level cache may hold.
+constexpr std::size_t kCached = std::size_t{16} << 20;
+
+std::size_t delayOf(const CleanTileMaps& maps) {
+  const auto beams = static_cast<std::size_t>(2 * maps.terms - 1);
+  return beams * maps.beamRows * maps.beamColumns * sizeof(float) > kCached ? kMemoryDelay : kCacheDelay;
+}
 
 using Wide = hn::ScalableTag<float>;
 using Single = hn::CappedTag<float, 1>;
@@ -29,7 +38,7 @@ using Single = hn::CappedTag<float, 1>;
 struct MergedSteps {
   MergedSteps(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
               std::size_t count, std::size_t group)
-      : below(maps, area, updates, count, group, kStepsOfDelay) {
+      : below(maps, area, updates, count, group, delayOf(maps)) {
     for (std::size_t p = 0; p < count; ++p)
       for (int j = 0; j < maps.terms; ++j) increments[p][j] = static_cast<float>(updates[p].increments[j]);
   }
@@ -37,10 +46,12 @@ struct MergedSteps {
   float increments[kMaxTileUpdates][kMaxTileTerms];
 };
 
-/// kVectors vectors of pixels of one row, `pixel` pixels after the tile's first: the steps from .. to - 1.
+using Row = BeamPlacement::Row;
+
+/// kVectors vectors of pixels of one row, `pixel` pixels after its first: the steps from .. to - 1.
 template <int kTerms, int kVectors, class D, class V = hn::Vec<D>>
 HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& steps, std::size_t from,
-                          std::size_t to, std::size_t offset, std::ptrdiff_t pixel) {
+                          std::size_t to, const Row& row, std::size_t offset, std::ptrdiff_t pixel) {
   const std::size_t lanes = hn::Lanes(d);
   V sum[kVectors][kTerms];
   HWY_UNROLL(8)
@@ -48,9 +59,9 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& ste
   for (int k = 0; k < kTerms; ++k) sum[v][k] = hn::Zero(d);
   // All lines: as a rule a row is a single group.
   const auto group = static_cast<std::ptrdiff_t>(kVectors * lanes);
-  const BeamPlacement::Ahead ahead = steps.below.ahead(pixel);
+  const BeamPlacement::Ahead ahead = steps.below.ahead(row, pixel);
   for (std::size_t p = from; p < to; ++p) {
-    const std::ptrdiff_t start = steps.below.element(p) + pixel;
+    const std::ptrdiff_t start = steps.below.element(p) + row.shift + pixel;
     const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel;
     HWY_UNROLL(8)
     for (int m = 0; m < 2 * kTerms - 1; ++m) {
@@ -86,48 +97,44 @@ constexpr int vectorsFor(int terms) {
   return terms == 1 ? 8 : terms == 2 ? 4 : 2;
 }
 
-/// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`; the steps do not wrap in it
-/// once `shift` is added to their beam element.
+/// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1.
 template <int kTerms>
 HWY_INLINE void passRow(const CleanTileMaps& maps, const MergedSteps& steps, std::size_t from, std::size_t to,
-                        std::size_t offset, std::size_t begin, std::size_t end, std::ptrdiff_t shift) {
+                        const Row& row, std::size_t offset, std::size_t begin, std::size_t end) {
   constexpr int kVectors = vectorsFor(kTerms);
   const Wide d;
   const Single single;
   const std::size_t lanes = hn::Lanes(d);
   std::size_t i = begin;
   for (; i + kVectors * lanes <= end; i += kVectors * lanes)
-    passLanes<kTerms, kVectors>(d, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i));
+    passLanes<kTerms, kVectors>(d, maps, steps, from, to, row, offset + i, static_cast<std::ptrdiff_t>(i));
   for (; i + lanes <= end; i += lanes)
-    passLanes<kTerms, 1>(d, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i));
+    passLanes<kTerms, 1>(d, maps, steps, from, to, row, offset + i, static_cast<std::ptrdiff_t>(i));
   for (; i < end; ++i)
-    passLanes<kTerms, 1>(single, maps, steps, from, to, offset + i, shift + static_cast<std::ptrdiff_t>(i));
+    passLanes<kTerms, 1>(single, maps, steps, from, to, row, offset + i, static_cast<std::ptrdiff_t>(i));
 }
 
-/// One tile row whose steps meet the end of a beam row inside it: step by step, in two parts.
+/// Row `n` of a tile in which beams wrap: step by step, in two parts.
 template <int kTerms>
-HWY_NOINLINE void subtractWrapped(const CleanTileMaps& maps, const MergedSteps& steps, std::size_t offset,
-                                  std::size_t width) {
-  const std::ptrdiff_t period = -static_cast<std::ptrdiff_t>(maps.beamColumns);
+HWY_NOINLINE void passWrapped(const CleanTileMaps& maps, const MergedSteps& steps, std::size_t n,
+                              std::size_t offset, std::size_t width) {
   for (std::size_t p = 0; p < steps.below.count(); ++p) {
-    const std::size_t cut = steps.below.straight(p);
-    passRow<kTerms>(maps, steps, p, p + 1, offset, 0, cut, 0);
-    passRow<kTerms>(maps, steps, p, p + 1, offset, cut, width, period);
+    const BeamPlacement::Parts parts = steps.below.parts(p, n);
+    passRow<kTerms>(maps, steps, p, p + 1, parts.first, offset, 0, parts.cut);
+    passRow<kTerms>(maps, steps, p, p + 1, parts.second, offset, parts.cut, width);
   }
 }
 
 template <int kTerms>
 HWY_NOINLINE void passTile(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
                            std::size_t count) {
-  MergedSteps steps(maps, area, updates, count, vectorsFor(kTerms) * hn::Lanes(Wide()));
-  const std::size_t width = area.columns();
-  for (std::size_t row = area.firstRow; row < area.lastRow; ++row) {
-    steps.below.nextRow();
-    const std::size_t offset = row * maps.mapColumns + area.firstColumn;
+  const MergedSteps steps(maps, area, updates, count, vectorsFor(kTerms) * hn::Lanes(Wide()));
+  for (std::size_t n = 0; n < area.rows(); ++n) {
+    const std::size_t offset = (area.firstRow + n) * maps.mapColumns + area.firstColumn;
     if (steps.below.wraps())
-      subtractWrapped<kTerms>(maps, steps, offset, width);
+      passWrapped<kTerms>(maps, steps, n, offset, area.columns());
     else
-      passRow<kTerms>(maps, steps, 0, count, offset, 0, width, 0);
+      passRow<kTerms>(maps, steps, 0, count, steps.below.row(n), offset, 0, area.columns());
   }
 }
 

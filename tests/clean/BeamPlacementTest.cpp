@@ -29,26 +29,45 @@ CleanUpdate at(std::uint32_t row, std::uint32_t column) {
   return update;
 }
 
-TEST(BeamPlacementTest, TellsTheElementBelowEachRowAlsoWhereTheBeamWraps) {
+/// Beam element below a pixel.
+std::ptrdiff_t elementBelow(const CleanUpdate& update, std::size_t row, std::size_t column) {
+  return static_cast<std::ptrdiff_t>(
+      (kBeamRows / 2 + kBeamRows + row - update.row) % kBeamRows * kBeamColumns +
+      (kBeamColumns / 2 + kBeamColumns + column - update.column) % kBeamColumns);
+}
+
+TEST(BeamPlacementTest, TellsTheElementBelowEachRowWhereNoBeamWraps) {
   const std::vector<float> beam(kBeamRows * kBeamColumns);
   const CleanTileMaps maps = mapsOver(beam);
   const CleanTileArea area{3, 9, 10, 30};
-  // Element (6, 20), the beam's centre, lies below the step's pixel. Below the last two steps the beam wraps.
-  const CleanUpdate updates[] = {at(3, 10), at(4, 12), at(1, 0), at(10, 35)};
-  BeamPlacement below(maps, area, updates, 4, 8, 6);
-  EXPECT_TRUE(below.wraps());
-  EXPECT_EQ(below.straight(0), 20U);
-  EXPECT_EQ(below.straight(1), 20U);
-  EXPECT_EQ(below.straight(2), 10U);
-  EXPECT_EQ(below.straight(3), 5U);
-  for (std::size_t i = 0; i < area.rows(); ++i) {
-    below.nextRow();
-    for (std::size_t p = 0; p < 4; ++p) {
-      const std::size_t row = (kBeamRows / 2 + area.firstRow + i + kBeamRows - updates[p].row) % kBeamRows;
-      const std::size_t column =
-          (kBeamColumns / 2 + area.firstColumn + kBeamColumns - updates[p].column) % kBeamColumns;
-      EXPECT_EQ(below.element(p), static_cast<std::ptrdiff_t>(row * kBeamColumns + column))
-          << "row " << i << ", step " << p;
+  // Element (6, 20), the beam's centre, lies below the step's pixel. Beams down to their last row and column.
+  const CleanUpdate updates[] = {at(3, 10), at(4, 12), at(8, 28)};
+  const BeamPlacement below(maps, area, updates, 3, 8, 6);
+  EXPECT_FALSE(below.wraps());
+  for (std::size_t n = 0; n < area.rows(); ++n) {
+    EXPECT_EQ(below.row(n).last, n + 1 == area.rows());
+    for (std::size_t p = 0; p < 3; ++p)
+      EXPECT_EQ(below.element(p) + below.row(n).shift, elementBelow(updates[p], area.firstRow + n, 10))
+          << "row " << n << ", step " << p;
+  }
+}
+
+TEST(BeamPlacementTest, TellsTheElementsOfBothPartsOfRowsWhereBeamsWrap) {
+  const std::vector<float> beam(kBeamRows * kBeamColumns);
+  const CleanTileMaps maps = mapsOver(beam);
+  const CleanTileArea area{3, 9, 10, 30};
+  // Beams that wrap in columns, in rows, in both.
+  for (const CleanUpdate& update : {at(3, 0), at(10, 35), at(2, 10), at(8, 31), at(1, 5)}) {
+    const BeamPlacement below(maps, area, &update, 1, 8, 6);
+    EXPECT_TRUE(below.wraps()) << update.row << ", " << update.column;
+    for (std::size_t n = 0; n < area.rows(); ++n) {
+      const BeamPlacement::Parts parts = below.parts(0, n);
+      for (std::size_t i = 0; i < area.columns(); ++i) {
+        const std::ptrdiff_t shift = i < parts.cut ? parts.first.shift : parts.second.shift;
+        EXPECT_EQ(below.element(0) + shift + static_cast<std::ptrdiff_t>(i),
+                  elementBelow(update, area.firstRow + n, 10 + i))
+            << update.row << ", " << update.column << ", row " << n << ", pixel " << i;
+      }
     }
   }
 }
@@ -68,14 +87,13 @@ class Schedule {
       updates.push_back(at(area.firstRow + static_cast<std::uint32_t>(p * rows_), area.firstColumn));
     fetched_.assign(steps * rows_ * width_, -1);
     subtracted_.assign(steps * rows_ * width_, -1);
-    BeamPlacement below(maps, area, updates.data(), steps, group, delay);
+    const BeamPlacement below(maps, area, updates.data(), steps, group, delay);
     std::vector<std::ptrdiff_t> first(steps);
+    for (std::size_t p = 0; p < steps; ++p) first[p] = below.element(p);
     int time = 0;
     for (std::size_t row = 0; row < rows_; ++row) {
-      below.nextRow();
-      for (std::size_t p = 0; row == 0 && p < steps; ++p) first[p] = below.element(p);
       for (std::size_t pixel = 0; pixel < width_; pixel += group) {
-        const BeamPlacement::Ahead ahead = below.ahead(static_cast<std::ptrdiff_t>(pixel));
+        const BeamPlacement::Ahead ahead = below.ahead(below.row(row), static_cast<std::ptrdiff_t>(pixel));
         for (std::size_t p = 0; p < steps; ++p, ++time) {
           note(first, ahead.elements[p] + ahead.pixel, group, time);
           for (std::size_t i = pixel; i < std::min(pixel + group, width_); ++i)
