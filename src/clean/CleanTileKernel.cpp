@@ -49,9 +49,10 @@ HWY_INLINE void subtractLanes(D d, const CleanTileMaps& maps, const BeamPlacemen
   const hn::Rebind<float, D> df;
   const std::size_t lanes = hn::Lanes(d);
   const auto group = static_cast<std::ptrdiff_t>(kVectors * lanes);
+  const std::ptrdiff_t shifted = row.shift + pixel;
   const BeamPlacement::Ahead ahead = below.ahead(row, pixel);
   for (std::size_t p = from; p < to; ++p) {
-    const std::ptrdiff_t start = below.element(p) + row.shift + pixel;
+    const std::ptrdiff_t start = below.element(p) + shifted;
     // All lines of the group ahead but that in which it begins: see fetchNextRowStart().
     const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel + BeamPlacement::kFloatsPerLine - 1;
     HWY_UNROLL(8)

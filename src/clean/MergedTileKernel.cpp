@@ -59,9 +59,10 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& ste
   for (int k = 0; k < kTerms; ++k) sum[v][k] = hn::Zero(d);
   // All lines: as a rule a row is a single group.
   const auto group = static_cast<std::ptrdiff_t>(kVectors * lanes);
+  const std::ptrdiff_t shifted = row.shift + pixel;
   const BeamPlacement::Ahead ahead = steps.below.ahead(row, pixel);
   for (std::size_t p = from; p < to; ++p) {
-    const std::ptrdiff_t start = steps.below.element(p) + row.shift + pixel;
+    const std::ptrdiff_t start = steps.below.element(p) + shifted;
     const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel;
     HWY_UNROLL(8)
     for (int m = 0; m < 2 * kTerms - 1; ++m) {
