@@ -9,7 +9,7 @@
 namespace lumo {
 
 /// Where the steps of one call of a tile kernel meet the beams: the beam element that lies below the first
-/// pixel of the tile, for every step. Some 24 kilobytes.
+/// pixel of the tile, for every step. Some 16 kilobytes.
 ///
 /// The beam rows below a tile are too short and too many for the processor to foresee. With each step that a
 /// kernel subtracts from some pixels it fetches what lies ahead() of that; what lies ahead of none is fetched

@@ -170,12 +170,7 @@ template <int kTerms, bool kNonNegative>
 class AreaSearch {
  public:
   HWY_INLINE AreaSearch(const CleanTileMaps& maps, const CandidateContest& contest)
-      : maps_(maps),
-        constants_(contest.gain),
-        least_(contest.least),
-        // With the constraint a score may exceed that without it where the gain is above 1.
-        error_(kNonNegative && contest.gain > 1.0 ? std::numeric_limits<double>::infinity()
-                                                  : contest.singleError) {
+      : maps_(maps), constants_(contest.gain), least_(contest.least), error_(contest.singleError) {
     for (int j = 0; j < kTerms; ++j)
       for (int k = j; k < kTerms; ++k)
         inverse_[j][k] = static_cast<float>((j == k ? 1.0 : 2.0) * maps.inverse[j * kTerms + k]);

@@ -32,8 +32,8 @@ struct CandidateBest {
 struct CandidateContest {
   double gain = 0.0;   ///< loop gain
   double least = 0.0;  ///< the score that it must reach, 0 or more
-  /// By how much S may be larger than what single precision makes of it; infinite where that is not known,
-  /// so that every score is formed in double precision.
+  /// By how much S, or with the constraint E / (g h), may be larger than what single precision makes of S;
+  /// infinite where that is not known, so that every score is formed in double precision.
   double singleError = std::numeric_limits<double>::infinity();
 };
 

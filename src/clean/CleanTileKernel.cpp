@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "clean/CleanTileKernel.h"
 
-#include <algorithm>
-
 #include "clean/BeamPlacement.h"
 #include "clean/ProductRounding.h"
 

@@ -48,10 +48,10 @@ struct MergedSteps {
 
 using Row = BeamPlacement::Row;
 
-/// kVectors vectors of pixels of one row, `pixel` pixels after its first: the steps from .. to - 1.
+/// kVectors vectors of pixels of one row, `pixel` pixels after its first.
 template <int kTerms, int kVectors, class D, class V = hn::Vec<D>>
-HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& steps, std::size_t from,
-                          std::size_t to, const Row& row, std::size_t offset, std::ptrdiff_t pixel) {
+HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& steps, const Row& row,
+                          std::size_t offset, std::ptrdiff_t pixel) {
   const std::size_t lanes = hn::Lanes(d);
   V sum[kVectors][kTerms];
   HWY_UNROLL(8)
@@ -61,7 +61,7 @@ HWY_INLINE void passLanes(D d, const CleanTileMaps& maps, const MergedSteps& ste
   const auto group = static_cast<std::ptrdiff_t>(kVectors * lanes);
   const std::ptrdiff_t shifted = row.shift + pixel;
   const BeamPlacement::Ahead ahead = steps.below.ahead(row, pixel);
-  for (std::size_t p = from; p < to; ++p) {
+  for (std::size_t p = 0; p < steps.below.count(); ++p) {
     const std::ptrdiff_t start = steps.below.element(p) + shifted;
     const std::ptrdiff_t fetched = ahead.elements[p] + ahead.pixel;
     HWY_UNROLL(8)
@@ -98,31 +98,43 @@ constexpr int vectorsFor(int terms) {
   return terms == 1 ? 8 : terms == 2 ? 4 : 2;
 }
 
-/// Pixels `begin` .. `end` - 1 of the tile row whose first pixel is at `offset`, steps from .. to - 1.
+/// The tile row whose first pixel is at `offset`.
 template <int kTerms>
-HWY_INLINE void passRow(const CleanTileMaps& maps, const MergedSteps& steps, std::size_t from, std::size_t to,
-                        const Row& row, std::size_t offset, std::size_t begin, std::size_t end) {
+HWY_INLINE void passRow(const CleanTileMaps& maps, const MergedSteps& steps, const Row& row,
+                        std::size_t offset, std::size_t width) {
   constexpr int kVectors = vectorsFor(kTerms);
   const Wide d;
   const Single single;
   const std::size_t lanes = hn::Lanes(d);
-  std::size_t i = begin;
-  for (; i + kVectors * lanes <= end; i += kVectors * lanes)
-    passLanes<kTerms, kVectors>(d, maps, steps, from, to, row, offset + i, static_cast<std::ptrdiff_t>(i));
-  for (; i + lanes <= end; i += lanes)
-    passLanes<kTerms, 1>(d, maps, steps, from, to, row, offset + i, static_cast<std::ptrdiff_t>(i));
-  for (; i < end; ++i)
-    passLanes<kTerms, 1>(single, maps, steps, from, to, row, offset + i, static_cast<std::ptrdiff_t>(i));
+  std::size_t i = 0;
+  for (; i + kVectors * lanes <= width; i += kVectors * lanes)
+    passLanes<kTerms, kVectors>(d, maps, steps, row, offset + i, static_cast<std::ptrdiff_t>(i));
+  for (; i + lanes <= width; i += lanes)
+    passLanes<kTerms, 1>(d, maps, steps, row, offset + i, static_cast<std::ptrdiff_t>(i));
+  for (; i < width; ++i)
+    passLanes<kTerms, 1>(single, maps, steps, row, offset + i, static_cast<std::ptrdiff_t>(i));
 }
 
-/// Row `n` of a tile in which beams wrap: step by step, in two parts.
+/// Row `n` of a tile in which beams wrap, in the order and with the roundings of passLanes().
 template <int kTerms>
 HWY_NOINLINE void passWrapped(const CleanTileMaps& maps, const MergedSteps& steps, std::size_t n,
                               std::size_t offset, std::size_t width) {
-  for (std::size_t p = 0; p < steps.below.count(); ++p) {
-    const BeamPlacement::Parts parts = steps.below.parts(p, n);
-    passRow<kTerms>(maps, steps, p, p + 1, parts.first, offset, 0, parts.cut);
-    passRow<kTerms>(maps, steps, p, p + 1, parts.second, offset, parts.cut, width);
+  constexpr std::size_t kAtOnce = 64;
+  for (std::size_t begin = 0; begin < width; begin += kAtOnce) {
+    const std::size_t end = std::min(begin + kAtOnce, width);
+    float sum[kTerms][kAtOnce] = {};
+    for (std::size_t p = 0; p < steps.below.count(); ++p) {
+      const BeamPlacement::Parts parts = steps.below.parts(p, n);
+      for (std::size_t i = begin; i < end; ++i) {
+        const Row& row = i < parts.cut ? parts.first : parts.second;
+        const std::ptrdiff_t element = steps.below.element(p) + row.shift + static_cast<std::ptrdiff_t>(i);
+        for (int k = 0; k < kTerms; ++k)
+          for (int j = 0; j < kTerms; ++j)
+            sum[k][i - begin] += maps.beams[k + j][element] * steps.increments[p][j];
+      }
+    }
+    for (int k = 0; k < kTerms; ++k)
+      for (std::size_t i = begin; i < end; ++i) maps.maps[k][offset + i] -= sum[k][i - begin];
   }
 }
 
@@ -135,7 +147,7 @@ HWY_NOINLINE void passTile(const CleanTileMaps& maps, const CleanTileArea& area,
     if (steps.below.wraps())
       passWrapped<kTerms>(maps, steps, n, offset, area.columns());
     else
-      passRow<kTerms>(maps, steps, 0, count, steps.below.row(n), offset, 0, area.columns());
+      passRow<kTerms>(maps, steps, steps.below.row(n), offset, area.columns());
   }
 }
 

@@ -15,9 +15,8 @@ class RowCandidates {
   /// @param least the score to be reached, 0 or more.
   explicit RowCandidates(double least) : least_(least) {}
 
-  /// What a pixel must reach now: rises when there are enough that do.
-  [[nodiscard]] double least() const { return least_; }
-  /// Pixels in scan order. One whose score is below least() is among the rest().
+  /// Pixels in scan order. One that does not reach the score, or that of those kept
+  /// where they are enough, is among the rest().
   void take(double score, std::uint32_t offset) {
     if (!(score >= least_)) {
       rest_ = std::max(rest_, score);

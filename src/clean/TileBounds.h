@@ -32,7 +32,8 @@ namespace lumo {
 /// - rounding leaves components a little below 0. For c < 0, sqrt(E) differs from its value at c = 0 by at
 ///   most |c| sqrt(h / g) one way and sqrt(2 |c| X + c^2 (1 + h / g)) the other;
 /// - E is formed in double from terms of the size of (4 X + |c|)^2 that may cancel.
-/// C_0 itself enters E only at its own pixel, and a pixel that gets a component is a candidate.
+/// C_0 itself enters E only at its own pixel. A pixel that gets a component is a candidate, or its tile must
+/// be searched: include() a score of infinity.
 class TileBounds {
  public:
   /// Tiles of `rows` x `columns` pixels, those at the lower and right ends of the map perhaps smaller.

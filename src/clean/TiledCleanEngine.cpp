@@ -26,13 +26,16 @@ constexpr std::size_t kListPart = 150;
 constexpr std::size_t kPixelsPerCandidate = 512;
 constexpr std::size_t kFewestCandidates = 64;
 constexpr std::size_t kMostCandidates = 512;
-/// Part of the best score from which on pixels are candidates: never less, and how fast it falls.
+/// Part of the best score from which on pixels are candidates: never less, nor so much that rounding once
+/// could leave out the best, and how fast it falls.
 constexpr double kLeastPart = 0.3;
+constexpr double kMostPart = 0.999;
 constexpr double kFall = 0.97;
 /// Tiles that are brought up to date before their candidates are taken over, and the part of the memory of
 /// maps and beams that these take.
 constexpr std::size_t kMostTilesAtOnce = 16;
 constexpr std::size_t kOffsetsPart = 400;
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 bool usable(double gain) {
   return gain >= kGainMargin && gain <= 2.0 - kGainMargin;
@@ -186,7 +189,8 @@ void TiledCleanEngine::chooseOverdue() {
   chooseWhere([&](std::size_t i) { return tiles_[i].applied < list_.capacity() / kOldestPart; });
 }
 
-/// Column by column: tiles above each other lie on nearly the same beam rows, which stay in the cache.
+/// Column by column, as they are brought up to date unless there are too many rivals: tiles above each other
+/// lie on nearly the same beam rows, which stay in the cache.
 template <typename Condition>
 void TiledCleanEngine::chooseWhere(const Condition& condition) {
   chosen_.clear();
@@ -317,7 +321,7 @@ void TiledCleanEngine::thinCandidates() {
     largest = std::max(largest, score);
   });
   best_ = candidates_.best(gain_);
-  if (best_.found) leastPart_ = std::max(leastPart_, largest / best_.score);
+  if (best_.found) leastPart_ = std::min(kMostPart, std::max(leastPart_, largest / best_.score));
 }
 
 void TiledCleanEngine::dropSubtracted() {
@@ -355,6 +359,10 @@ void TiledCleanEngine::subtract(const CleanStep& step) {
     return PlainCleanEngine::subtract(step);
   }
   bounds_.noteComponent(static_cast<double>(component));
+  // No pixel was chosen, and the one of the step before gets its increments again.
+  if (!best_.found)
+    bounds_.include(step.row / grid_.rows * grid_.tileColumns + step.column / grid_.columns, kInfinity,
+                    gain_);
   list_.append(step);
   candidates_.follow(list_.data()[list_.size() - 1]);
 }

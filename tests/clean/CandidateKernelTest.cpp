@@ -199,7 +199,8 @@ TEST(CandidateKernelTest, FindsThemWithTheConstraintToo) {
       const double excess = 0.01 * input.maps().q / (gain * gain);
       for (const double part : {0.0, 0.3, 0.9})
         withEveryInstructionSet([&](const char* name) {
-          const CandidateContest contest{gain, part * best, 1e-4 * norm + excess};
+          // Above 1 there is no such bound.
+          const CandidateContest contest{gain, part * best, gain > 1.0 ? HUGE_VAL : 1e-4 * norm + excess};
           std::vector<std::uint32_t> offsets(area.rows() * kCandidatesPerRow);
           const AreaRest found = findCandidates(input.maps(), area, contest, offsets.data());
           // Negative residuals have a norm and no score: the bound is that of the norm.

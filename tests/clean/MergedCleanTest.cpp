@@ -168,6 +168,17 @@ TEST(MergedCleanTest, BitsDependNeitherOnTheThreadsNorOnTheInstructionSet) {
   }
 }
 
+TEST(MergedCleanTest, BitsDoNotDependOnTheThreadsWhereBeamsWrap) {
+  for (const Shape beam : {Shape{64, 128}, Shape{128, 64}, Shape{64, 64}}) {
+    const CleanProblem problem = test::randomProblem(2, {64, 64}, beam, 5);
+    const Trace one = tiledRun(problem, parametersOf(500, 0.1), mergedTiling(16, 64));
+    ASSERT_TRUE(one.tiled);
+    for (const int threads : {2, 3, 8})
+      test::expectSameRun(one, tiledRun(problem, parametersOf(500, 0.1), mergedTiling(16, 64, threads)),
+                          std::to_string(beam.rows) + " rows, " + std::to_string(threads) + " threads");
+  }
+}
+
 TEST(MergedCleanTest, MapsSettledOnTheWayAreThoseOfThePlainEngineWithinAMillionthOfThePeak) {
   const CleanProblem problem = noisySky(2, {24, 40});
   const auto settle = [](ABCleanEngine& engine, const CleanProgress& progress) {
