@@ -5,16 +5,9 @@
 
 #include <algorithm>
 
+#include "clean/PeriodicIndex.h"
+
 namespace lumo {
-
-namespace {
-
-std::size_t wrapped(std::int64_t index, std::size_t size) {
-  const auto period = static_cast<std::int64_t>(size);
-  return static_cast<std::size_t>(index < 0 ? index + period : index >= period ? index - period : index);
-}
-
-}  // namespace
 
 BeamPlacement::BeamPlacement(const CleanTileMaps& maps, const CleanTileArea& area, const CleanUpdate* updates,
                              std::size_t count, std::size_t group, std::size_t delay)
@@ -29,8 +22,8 @@ BeamPlacement::BeamPlacement(const CleanTileMaps& maps, const CleanTileArea& are
     const auto row = static_cast<std::int64_t>(maps.beamRows / 2) - updates[p].row + area.firstRow;
     const auto column =
         static_cast<std::int64_t>(maps.beamColumns / 2) - updates[p].column + area.firstColumn;
-    const std::size_t beamRow = wrapped(row, maps.beamRows);
-    const std::size_t beamColumn = wrapped(column, maps.beamColumns);
+    const std::size_t beamRow = periodicIndex(row, maps.beamRows);
+    const std::size_t beamColumn = periodicIndex(column, maps.beamColumns);
     element_[p] = static_cast<std::int32_t>(beamRow * maps.beamColumns + beamColumn);
     wraps_ = wraps_ || beamRow + rows_ > maps.beamRows || beamColumn + width > maps.beamColumns;
   }

@@ -43,6 +43,7 @@ class BeamPlacement {
 
   /// Whether the beam of any step wraps below the tile. Then each row lies in two parts above each of them.
   [[nodiscard]] bool wraps() const { return wraps_; }
+  /// The two parts of a row, the second empty where the columns do not wrap in it.
   struct Parts {
     Row first;
     Row second;

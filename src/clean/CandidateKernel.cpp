@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "clean/PeriodicIndex.h"
 #include "clean/RowCandidates.h"
 
 // See CleanTileKernel.cpp.
@@ -71,10 +72,9 @@ HWY_INLINE hn::Vec<Indices> beamPlaces(const std::uint32_t* places, std::uint32_
                      hn::Min(moved, hn::Sub(moved, hn::Set(du, static_cast<std::uint32_t>(size)))));
 }
 
-/// Element of the beam's rows or columns that lies below map row or column 0.
+/// Row or column of the beam that lies below map row or column 0.
 std::uint32_t shiftOf(std::size_t size, std::uint32_t peak) {
-  const std::size_t half = size / 2;
-  return static_cast<std::uint32_t>(half >= peak ? half - peak : half + size - peak);
+  return static_cast<std::uint32_t>(periodicIndex(static_cast<std::int64_t>(size / 2) - peak, size));
 }
 
 template <int kTerms>

@@ -10,20 +10,21 @@
 namespace lumo {
 
 /// The candidates as the kernel sees them: pixels that are followed from step to step. The arrays have room
-/// for a multiple of kCandidateLanes, and whatever stands behind the last candidate may be written.
+/// for a multiple of kCandidateLanes, and whatever stands behind the last candidate may be written: there,
+/// too, places are those of pixels of the maps. Not owned.
 struct CandidateView {
   std::size_t count = 0;
-  const std::uint32_t* rows = nullptr;
+  const std::uint32_t* rows = nullptr;  ///< of the maps
   const std::uint32_t* columns = nullptr;
-  float* residuals[kMaxTileTerms] = {};  ///< r_0 .. r_{N-1}
+  float* residuals[kMaxTileTerms] = {};  ///< r_0 .. r_{N-1}, map units
 };
 /// Candidates that the kernel takes at once, at most; a multiple of what it takes with any instruction set.
 inline constexpr std::size_t kCandidateLanes = 8;
 
 /// The candidate of the best score.
 struct CandidateBest {
-  bool found = false;  ///< whether any has a score of 0 or more
-  std::size_t index = 0;
+  bool found = false;      ///< whether any has a score of 0 or more
+  std::size_t index = 0;   ///< among the candidates
   std::size_t offset = 0;  ///< its place in the maps; the last in scan order among equal scores
   double score = 0.0;      ///< E there
 };
@@ -39,7 +40,7 @@ struct CandidateContest {
 
 /// What is left of an area when its candidates are taken out.
 struct AreaRest {
-  std::size_t candidates = 0;
+  std::size_t candidates = 0;  ///< how many were found
   double score = -1.0;  ///< upper bound of the largest E of the other pixels, below 0 where none reaches 0
   double norm = 0.0;    ///< upper bound of the largest S = r' W r of all pixels, 0 at least
 };

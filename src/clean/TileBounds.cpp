@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "clean/PeriodicIndex.h"
+
 namespace lumo {
 
 namespace {
@@ -21,10 +23,6 @@ double scaleOf(double gain) {
 /// L of the constrained score's bound.
 double slopeOf(double gain) {
   return kUp * std::sqrt(gain <= 1.0 ? gain * (2.0 - gain) : gain / (2.0 - gain));
-}
-
-std::size_t wrapped(std::int64_t index, std::int64_t period) {
-  return static_cast<std::size_t>(index < 0 ? index + period : index >= period ? index - period : index);
 }
 
 }  // namespace
@@ -119,17 +117,16 @@ void TileBounds::include(std::size_t tile, double score, double gain) {
 bool TileBounds::raise(const CleanStep& step) {
   const double size = norm_.stepNorm(step.increments.data());
   const double rounding = partialSums_ * (norm_.stepRounding() * size + norm_.absoluteRounding());
-  const auto beamRows = static_cast<std::int64_t>(maps_->beamRows);
-  const auto beamColumns = static_cast<std::int64_t>(maps_->beamColumns);
-  const std::int64_t firstRow = beamRows / 2 - step.row;
-  const std::int64_t firstColumn = beamColumns / 2 - step.column;
+  const std::int64_t firstRow = static_cast<std::int64_t>(maps_->beamRows / 2) - step.row;
+  const std::int64_t firstColumn = static_cast<std::int64_t>(maps_->beamColumns / 2) - step.column;
   double largest = 0.0;
   std::size_t i = 0;
   for (std::size_t tileRow = 0; tileRow < grid_.tileRows; ++tileRow) {
-    const std::size_t row = wrapped(firstRow + static_cast<std::int64_t>(tileRow * grid_.rows), beamRows);
+    const std::size_t row =
+        periodicIndex(firstRow + static_cast<std::int64_t>(tileRow * grid_.rows), maps_->beamRows);
     for (std::size_t tileColumn = 0; tileColumn < grid_.tileColumns; ++tileColumn, ++i) {
-      const std::size_t column =
-          wrapped(firstColumn + static_cast<std::int64_t>(tileColumn * grid_.columns), beamColumns);
+      const std::size_t column = periodicIndex(
+          firstColumn + static_cast<std::int64_t>(tileColumn * grid_.columns), maps_->beamColumns);
       const double growth =
           norm_.relativeRounding() * normBound_[i] + reach_.below(row, column) * size + rounding;
       normBound_[i] += growth;

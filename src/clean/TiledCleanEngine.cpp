@@ -15,7 +15,7 @@ namespace {
 
 /// Loop gains this near to 0 or 2 make scores of rounding errors.
 constexpr double kGainMargin = 1e-6;
-/// Steps that the list holds for the exact engine: few tiles ever lack more.
+/// Steps that the list holds for the exact engine. More of them make no difference that can be measured.
 constexpr std::size_t kExactSteps = 128;
 /// A full list has this part of it, the oldest, subtracted everywhere.
 constexpr std::size_t kOldestPart = 4;
@@ -248,6 +248,7 @@ void TiledCleanEngine::updateParts(const std::uint32_t* tiles, std::size_t count
   }
 }
 
+/// A part of a tile.
 AreaRest TiledCleanEngine::updatePiece(std::uint32_t index, const CleanTileArea& area,
                                        std::uint32_t* offsets) const {
   const std::size_t applied = tiles_[index].applied;
@@ -313,7 +314,7 @@ void TiledCleanEngine::takePieces(const std::uint32_t* tiles, std::size_t count)
   if (candidates_.size() < candidates_.capacity() / 2) leastPart_ = std::max(kLeastPart, kFall * leastPart_);
 }
 
-/// Makes room: what was a candidate is bounded as the rest of its tile from now on.
+/// Makes room for a quarter: what was a candidate is bounded as the rest of its tile from now on.
 void TiledCleanEngine::thinCandidates() {
   double largest = 0.0;
   candidates_.keepBest(candidates_.capacity() * 3 / 4, gain_, [&](std::uint32_t tile, double score) {

@@ -73,7 +73,8 @@ struct CleanTiling {
 /// of the range of a float.
 ///
 /// Memory beyond maps and beams: workingBytes(), below 2 % of them from 256 x 256 pixels on, and some 80
-/// kilobytes of stack per thread. It does not grow with the iterations, nor does their cost.
+/// kilobytes of stack per thread. It does not grow with the iterations; their cost does only as far as peaks
+/// that spread over the maps read more of the beams and spare less of the search.
 class TiledCleanEngine final : public PlainCleanEngine {
  public:
   TiledCleanEngine(APtrArray<AMatrix<float>*>& residuals, const APtrArray<AMatrix<float>*>& beams,

@@ -38,11 +38,10 @@ TEST(CleanCandidatesTest, LosesThoseOfTheTilesThatAreTakenAway) {
   const TileInput input(test::randomProblem(1, {10, 20}, {20, 40}, 3), false);
   CleanCandidates candidates;
   candidates.prepare(input.maps(), 200);
-  std::size_t best = 0;
+  std::size_t best = 1;
   for (std::size_t i = 0; i < 200; ++i) {
     candidates.add(static_cast<std::uint32_t>(i % 3), i);
     if (i % 3 == 1 && input.score(i, kGain) >= input.score(best, kGain)) best = i;
-    if (best == 0) best = 1;
   }
   EXPECT_EQ(candidates.best(kGain).offset, input.best(kGain));
   candidates.removeWhere([](std::uint32_t tile) { return tile != 1; });
