@@ -76,18 +76,18 @@ HWY_INLINE OtherPlace findOther(const GridGeometry& g, const Place& place) {
           hn::And(clear, hn::And(hn::Eq(place.column, hn::Zero(d)), opposite))};
 }
 
-/// WorkGrid::Layout::cell in doubles, which hold these numbers exactly.
+/// WorkGrid::Layout::cell in doubles, which hold these numbers exactly. With c = h w cells in a tile it is
+///     (tileRow · tilesPerRow + tileColumn) · c + (row − tileRow · h) · w + column − tileColumn · w.
 HWY_INLINE Vector cellNumber(const WorkGrid::Layout& layout, Vector row, Vector column) {
   const Tag d;
-  const Vector height = hn::Set(d, WorkGrid::kTileRows);
-  const Vector width = hn::Set(d, WorkGrid::kTileColumns);
-  const Vector tileRow = hn::Floor(hn::Mul(row, hn::Set(d, 1.0 / WorkGrid::kTileRows)));
-  const Vector tileColumn = hn::Floor(hn::Mul(column, hn::Set(d, 1.0 / WorkGrid::kTileColumns)));
-  const Vector tile = hn::Add(hn::Mul(tileRow, hn::Set(d, layout.tilesPerRow)), tileColumn);
-  const Vector rowInTile = hn::Sub(row, hn::Mul(tileRow, height));
-  const Vector columnInTile = hn::Sub(column, hn::Mul(tileColumn, width));
-  return hn::Add(hn::Mul(tile, hn::Set(d, WorkGrid::kTileCells)),
-                 hn::Add(hn::Mul(rowInTile, width), columnInTile));
+  const auto set = [d](double value) { return hn::Set(d, value); };
+  constexpr double kWidth = WorkGrid::kTileColumns;
+  constexpr double kCells = WorkGrid::kTileCells;
+  const Vector tileRow = hn::Floor(hn::Mul(row, set(1.0 / WorkGrid::kTileRows)));
+  const Vector tileColumn = hn::Floor(hn::Mul(column, set(1.0 / kWidth)));
+  const Vector inRow = hn::MulAdd(row, set(kWidth), column);
+  const Vector inTile = hn::MulAdd(tileColumn, set(kCells - kWidth), inRow);
+  return hn::MulAdd(tileRow, set((layout.tilesPerRow - 1) * kCells), inTile);
 }
 
 void searchAll(const GridGeometry& g, PointList& points) {

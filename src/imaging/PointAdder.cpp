@@ -7,6 +7,7 @@
 
 #include "imaging/AB3DFunc.h"
 #include "imaging/CellSearch.h"
+#include "imaging/CellSums.h"
 
 namespace lumo {
 
@@ -156,7 +157,8 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
         addOne(points, chosen[n], cells[n], gridOf(chosen[n]), part, scratch);
     } else {
       for (std::size_t i = 0; i < points.count; ++i) cells[i] = find(points.cell[i], gridOf(i), part);
-      for (std::size_t i = 0; i < points.count; ++i) addOne(points, i, cells[i], gridOf(i), part, scratch);
+      for (std::size_t i = 0; (i = addSums(points.sums, {cells, points.count}, i)) < points.count; ++i)
+        addOther(points, i, gridOf(i), part, scratch);
     }
   }
 
@@ -173,7 +175,13 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
               Scratch& scratch) const {
     if (cell != nullptr) [[likely]]
       cell->add(points.sums[i]);
-    else if (points.cell[i] <= PointList::kTwins)
+    else
+      addOther(points, i, grid, part, scratch);
+  }
+
+  /// A point that does not fall into one cell alone.
+  void addOther(const PointList& points, std::size_t i, WorkGrid& grid, int part, Scratch& scratch) const {
+    if (points.cell[i] <= PointList::kTwins)
       addTwins(points, i, grid, part);
     else if (points.cell[i] == PointList::kUnclear)
       addBoth(points, i, grid, part, scratch);

@@ -25,28 +25,50 @@ std::size_t columns(const std::uint8_t* const* /*values*/, std::size_t /*records
 
 #else
 
-/// Records and floats that are transposed together.
+/// Floats of a record that are transposed at once.
 constexpr std::size_t kBlock = 4;
 
-/// kBlock floats of kBlock records go to as many rows, of which the first is at `to`.
-HWY_INLINE void transposeBlock(const std::uint8_t* const* from, std::size_t byte, float* to) {
-  constexpr std::size_t kRow = Stretch::Means::kPadded;
-  const hn::FixedTag<float, kBlock> d;
-  const hn::FixedTag<std::uint8_t, kBlock * sizeof(float)> bytes;
-  const auto load = [&](std::size_t n) { return hn::BitCast(d, hn::LoadU(bytes, from[n] + byte)); };
-  const auto low01 = hn::InterleaveLower(d, load(0), load(1));
-  const auto high01 = hn::InterleaveUpper(d, load(0), load(1));
-  const auto low23 = hn::InterleaveLower(d, load(2), load(3));
-  const auto high23 = hn::InterleaveUpper(d, load(2), load(3));
-  hn::StoreU(hn::ConcatLowerLower(d, low23, low01), d, to);
-  hn::StoreU(hn::ConcatUpperUpper(d, low23, low01), d, to + kRow);
-  hn::StoreU(hn::ConcatLowerLower(d, high23, high01), d, to + 2 * kRow);
-  hn::StoreU(hn::ConcatUpperUpper(d, high23, high01), d, to + 3 * kRow);
+/// Floats of a row, one of each record: as many records are transposed at once.
+using Narrow = hn::FixedTag<float, kBlock>;
+#if HWY_HAVE_SCALABLE
+using Wide = Narrow;
+#else
+using Wide = hn::CappedTag<float, 16>;
+#endif
+
+/// kBlock floats of every fourth record.
+template <class D>
+HWY_INLINE hn::Vec<D> loadBlocks(D d, const std::uint8_t* const* from, std::size_t byte) {
+  if constexpr (hn::MaxLanes(d) == kBlock) {
+    const hn::FixedTag<std::uint8_t, kBlock * sizeof(float)> bytes;
+    return hn::BitCast(d, hn::LoadU(bytes, *from + byte));
+  } else {
+    const hn::Half<D> half;
+    constexpr std::size_t kRecords = hn::MaxLanes(half);
+    return hn::Combine(d, loadBlocks(half, from + kRecords, byte), loadBlocks(half, from, byte));
+  }
 }
 
-/// Weight 0 for kBlock records of one IF that are not usable.
-HWY_INLINE void rejectUnusable(Stretch::Means& means, std::size_t record) {
-  const hn::FixedTag<float, kBlock> d;
+/// kBlock floats of Lanes(d) records go to as many rows, of which the first is at `to`.
+template <class D>
+HWY_INLINE void transposeBlock(D d, const std::uint8_t* const* from, std::size_t byte, float* to) {
+  constexpr std::size_t kRow = Stretch::Means::kPadded;
+  const hn::Repartition<double, D> pairs;
+  const auto record = [&](std::size_t n) { return loadBlocks(d, from + n, byte); };
+  const auto low01 = hn::BitCast(pairs, hn::InterleaveLower(d, record(0), record(1)));
+  const auto high01 = hn::BitCast(pairs, hn::InterleaveUpper(d, record(0), record(1)));
+  const auto low23 = hn::BitCast(pairs, hn::InterleaveLower(d, record(2), record(3)));
+  const auto high23 = hn::BitCast(pairs, hn::InterleaveUpper(d, record(2), record(3)));
+  const auto store = [&](auto row, std::size_t n) { hn::StoreU(hn::BitCast(d, row), d, to + n * kRow); };
+  store(hn::InterleaveLower(pairs, low01, low23), 0);
+  store(hn::InterleaveUpper(pairs, low01, low23), 1);
+  store(hn::InterleaveLower(pairs, high01, high23), 2);
+  store(hn::InterleaveUpper(pairs, high01, high23), 3);
+}
+
+/// Weight 0 for Lanes(d) records of one IF that are not usable.
+template <class D>
+HWY_INLINE void rejectUnusable(D d, Stretch::Means& means, std::size_t record) {
   const auto largest = hn::Set(d, std::numeric_limits<float>::max());
   const auto finite = [&](const float* values) {
     return hn::Le(hn::Abs(hn::LoadU(d, values + record)), largest);
@@ -57,22 +79,31 @@ HWY_INLINE void rejectUnusable(Stretch::Means& means, std::size_t record) {
   hn::StoreU(hn::IfThenElseZero(usable, weight), d, means.weight + record);
 }
 
-std::size_t columns(const std::uint8_t* const* values, std::size_t records, std::size_t record,
-                    std::size_t ifs, Stretch::Means* means) {
+/// Lanes(d) records at a time. @return how many of them were done.
+template <class D>
+HWY_INLINE std::size_t transpose(D d, const std::uint8_t* const* values, std::size_t records,
+                                 std::size_t record, std::size_t ifs, Stretch::Means* means) {
   constexpr std::size_t kRow = Stretch::Means::kPadded;
+  constexpr std::size_t kRecords = hn::MaxLanes(d);
   const std::size_t floats = 3 * ifs;
   auto* const rows = reinterpret_cast<float*>(means);  // they follow each other
   std::size_t done = 0;
-  for (; done + kBlock <= records; done += kBlock, record += kBlock) {
+  for (; done + kRecords <= records; done += kRecords, record += kRecords) {
     std::size_t i = 0;
     for (; i + kBlock <= floats; i += kBlock)
-      transposeBlock(values + done, i * sizeof(float), rows + i * kRow + record);
+      transposeBlock(d, values + done, i * sizeof(float), rows + i * kRow + record);
     for (; i < floats; ++i)
-      for (std::size_t n = 0; n < kBlock; ++n)
+      for (std::size_t n = 0; n < kRecords; ++n)
         rows[i * kRow + record + n] = loadLittle<float>(values[done + n] + i * sizeof(float));
-    for (std::size_t n = 0; n < ifs; ++n) rejectUnusable(means[n], record);
+    for (std::size_t n = 0; n < ifs; ++n) rejectUnusable(d, means[n], record);
   }
   return done;
+}
+
+std::size_t columns(const std::uint8_t* const* values, std::size_t records, std::size_t record,
+                    std::size_t ifs, Stretch::Means* means) {
+  const std::size_t done = transpose(Wide(), values, records, record, ifs, means);
+  return done + transpose(Narrow(), values + done, records - done, record + done, ifs, means);
 }
 
 #endif

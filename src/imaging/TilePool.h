@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 #include "core/LargePages.h"
@@ -22,7 +23,7 @@ class TilePool {
   TilePool(const TilePool&) = delete;
   TilePool& operator=(const TilePool&) = delete;
 
-  /// A piece of kPieceBytes, aligned to its size, with any content.
+  /// A piece of kPieceBytes, aligned to its size, all bytes 0.
   [[nodiscard]] std::byte* take();
   void giveBack(const std::vector<std::byte*>& pieces);
   /// Of the pieces that are in use, in bytes.
@@ -34,9 +35,13 @@ class TilePool {
     void operator()(std::byte* block) const;
   };
 
+  /// A piece, and whether it was in use before.
+  std::pair<std::byte*, bool> takeAny();
+
   mutable std::mutex mutex_;
   std::vector<std::unique_ptr<std::byte, Free>> blocks_;
-  std::vector<std::byte*> free_;
+  std::size_t fresh_ = 0;         ///< bytes at the end of the last block that nobody has had
+  std::vector<std::byte*> used_;  ///< and given back
 };
 
 }  // namespace lumo

@@ -45,8 +45,7 @@ WorkGrid::Cell* WorkGrid::Store::take() {
     pieces_.push_back(pool_->take());
     left_ = TilePool::kPieceBytes / kTileBytes;
   }
-  std::byte* const place = pieces_.back() + --left_ * kTileBytes;
-  return new (place) Cell[kTileCells];
+  return reinterpret_cast<Cell*>(pieces_.back() + --left_ * kTileBytes);
 }
 
 void WorkGrid::Store::release() {

@@ -23,7 +23,7 @@ namespace lumo {
 /// Several threads may add to one grid when each keeps to the tiles of its own part, see partOf().
 class WorkGrid {
  public:
-  static constexpr std::int32_t kTileRows = 4;
+  static constexpr std::int32_t kTileRows = 8;
   static constexpr std::int32_t kTileColumns = 8;
   static constexpr std::uint32_t kTileCells = kTileRows * kTileColumns;
 
@@ -83,7 +83,8 @@ class WorkGrid {
   /// A cell, which must belong to `part`; its tile takes memory. Valid until it is folded.
   [[nodiscard]] Cell& cell(std::uint32_t number, int part) {
     Cell*& tile = tiles_[number / kTileCells];
-    if (tile == nullptr) tile = stores_[static_cast<std::size_t>(part)].take();
+    if (tile == nullptr) [[unlikely]]
+      tile = stores_[static_cast<std::size_t>(part)].take();
     return tile[number % kTileCells];
   }
 
@@ -100,7 +101,7 @@ class WorkGrid {
   void release();
 
  private:
-  /// Hands out zeroed tiles.
+  /// Hands out tiles of zeros.
   class Store {
    public:
     explicit Store(TilePool& pool) : pool_(&pool) {}

@@ -397,13 +397,14 @@ TEST_F(GridderTest, GridsLikeTheStraightLoopsOnGridsOfManyTiles) {
   }
 }
 
-/// Four IFs on a grid of several thousand tiles of 1024 bytes, and how often gridding them passes over the
+/// Four IFs on a grid of some two thousand tiles, and how often gridding them passes over the
 /// file.
 class GridderMemoryTest : public GridderTest {
  protected:
   GridderMemoryTest() {
     parameters_.halfSizeX = parameters_.halfSizeY = 256;
-    onePoints_ = WorkGrid::emptyBytes(GridGeometry(parameters_)) + std::uint64_t{Stretch::kCapacity} * 1024;
+    onePoints_ = WorkGrid::emptyBytes(GridGeometry(parameters_)) +
+                 std::uint64_t{Stretch::kCapacity} * WorkGrid::kTileCells * sizeof(WorkGrid::Cell);
   }
   std::int64_t passes(const TestFile& file, std::uint64_t workGridBytes) {
     const VisibilityInputs inputs = test::listTestFiles(folder_, {file});

@@ -49,7 +49,7 @@ TEST(StretchColumnsTest, PutsEveryNumberOfARecordInItsColumnAndRejectsWhatIsNotU
   for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
     const test::TargetGuard guard(target);
     for (const std::size_t ifs : {1, 2, 3, 4, 5, 8, 11})
-      for (const std::size_t count : {0, 1, 4, 7, 20}) {
+      for (const std::size_t count : {0, 1, 4, 7, 20, 39}) {
         Records records(count, ifs);
         for (std::size_t n = 0; n < count; ++n)
           for (std::size_t i = 0; i < ifs; ++i)
