@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -56,8 +57,20 @@ double readAndSum(const std::string& path) {
   return re + im + weight;
 }
 
-/// Gridding and reading take turns. `rate` and `reading` count every channel of every IF as a visibility;
-/// opening, setting up and folding the grids are included; the phases are shares of the gridding.
+/// The times that something took.
+struct Times {
+  void add(double seconds) {
+    sum += seconds;
+    least = std::min(least, seconds);
+  }
+  double sum = 0;
+  double least = std::numeric_limits<double>::infinity();
+};
+
+/// Reading the file, gridding it on one thread and, if there are more, on all of them take turns. `rate` and
+/// `reading` count every channel of every IF as a visibility; opening, setting up and folding the grids are
+/// included; the phases are shares of the gridding. `over_one` is the time on one thread over that on all,
+/// `least_over_one` the same of the shortest times.
 void BM_Gridder_Tracks(benchmark::State& state) {
   const auto order = static_cast<std::int32_t>(state.range(3));
   const auto threads = static_cast<int>(state.range(4));
@@ -67,32 +80,38 @@ void BM_Gridder_Tracks(benchmark::State& state) {
   parameters.kernelType = static_cast<std::int32_t>(state.range(0));
   const VisibilityInputs inputs = shelf.file->inputs();
   const RunIndicators indicators;
-  benchmark::DoNotOptimize(readAndSum(shelf.file->path()));
-  double reading = 0;
-  double gridding = 0;
   std::map<std::string, double> phases;
-  for (auto _ : state) {
-    {
-      const PhaseTimer timer(reading);
-      benchmark::DoNotOptimize(readAndSum(shelf.file->path()));
-    }
+  const auto grid = [&](int members) {
     const Stopwatch watch;
-    {
-      const PhaseTimer timer(gridding);
-      SpectralGridSet grids;
-      Gridder gridder(parameters, inputs, {order, bench::kTrackFrequency, std::uint64_t{512} << 20, threads},
-                      indicators);
-      if (gridder.run(grids) == 0) state.SkipWithError(gridder.status().text().c_str());
-      benchmark::DoNotOptimize(grids.beams[0].data());
+    SpectralGridSet grids;
+    Gridder gridder(parameters, inputs, {order, bench::kTrackFrequency, std::uint64_t{512} << 20, members},
+                    indicators);
+    if (gridder.run(grids) == 0) state.SkipWithError(gridder.status().text().c_str());
+    benchmark::DoNotOptimize(grids.beams[0].data());
+    if (members == threads)
       for (const PhaseTime& phase : gridder.phases()) phases[phase.name] += phase.seconds;
-    }
-    state.SetIterationTime(watch.seconds());
+    return watch;
+  };
+  benchmark::DoNotOptimize(readAndSum(shelf.file->path()));
+  Times reading, alone, gridding;
+  for (auto _ : state) {
+    const Stopwatch watch;
+    benchmark::DoNotOptimize(readAndSum(shelf.file->path()));
+    reading.add(watch.seconds());
+    if (threads > 1) alone.add(grid(1).seconds());
+    const double seconds = grid(threads).seconds();
+    gridding.add(seconds);
+    state.SetIterationTime(seconds);
   }
   const auto done = static_cast<double>(state.iterations()) * static_cast<double>(shelf.visibilities);
-  state.counters["rate"] = done / gridding;
-  state.counters["reading"] = done / reading;
-  state.counters["ratio"] = reading / gridding;
-  for (const auto& [name, seconds] : phases) state.counters[name] = seconds / gridding;
+  state.counters["rate"] = done / gridding.sum;
+  state.counters["reading"] = done / reading.sum;
+  state.counters["ratio"] = reading.sum / gridding.sum;
+  if (threads > 1) {
+    state.counters["over_one"] = alone.sum / gridding.sum;
+    state.counters["least_over_one"] = alone.least / gridding.least;
+  }
+  for (const auto& [name, seconds] : phases) state.counters[name] = seconds / gridding.sum;
 }
 BENCHMARK(BM_Gridder_Tracks)
     ->ArgNames({"kernel", "ifs", "channels", "order", "threads", "half-size"})
