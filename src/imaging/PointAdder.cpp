@@ -87,6 +87,7 @@ class FootprintAdder : public PointAdder {
     const Footprint columns((s.u + g.uMax) * g.perDu + 0.5, g.nx, supportU_, g.columns);
     const Footprint rows((s.v + g.vMax) * g.perDv + 0.5, 0, supportV_, g.rows);
     if (columns.first > columns.last || rows.first > rows.last) return;
+    if (grid.parts() > 1 && !reaches(rows, columns, grid, part)) return;
     const auto width = static_cast<std::size_t>(columns.last - columns.first) + 1;
     if (scratch.size() < 2 * width) scratch.resize(2 * width);
     double* const terms = scratch.data();
@@ -112,6 +113,17 @@ class FootprintAdder : public PointAdder {
         grid.cell(cell, part).add({kw, kw * s.re, kw * s.im, k});
       }
     }
+  }
+
+  /// Whether one of the footprint's tiles belongs to the part.
+  static bool reaches(const Footprint& rows, const Footprint& columns, const WorkGrid& grid, int part) {
+    constexpr std::int32_t kRows = WorkGrid::kTileRows;
+    constexpr std::int32_t kColumns = WorkGrid::kTileColumns;
+    for (std::int32_t row = rows.first / kRows; row <= rows.last / kRows; ++row)
+      for (std::int32_t column = columns.first / kColumns; column <= columns.last / kColumns; ++column)
+        if (WorkGrid::partOf(grid.layout().cell(row * kRows, column * kColumns), grid.parts()) == part)
+          return true;
+    return false;
   }
 
   Kernel kernel_;
