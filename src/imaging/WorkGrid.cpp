@@ -2,6 +2,7 @@
 #include "imaging/WorkGrid.h"
 
 #include <algorithm>
+#include <bit>
 #include <limits>
 #include <new>
 
@@ -66,13 +67,18 @@ void WorkGrid::foldTile(Cell* tile, std::size_t firstElement, const std::vector<
     const Cell* cell;
     std::size_t element;
   };
-  Sum sums[kTileCells];
+  std::uint8_t touched[kTileCells];
   std::size_t count = 0;
   for (std::uint32_t i = 0; i < kTileCells; ++i) {
-    const std::size_t element =
-        firstElement + i / kTileColumns * static_cast<std::size_t>(layout_.columns) + i % kTileColumns;
-    sums[count] = {tile + i, element};
-    count += tile[i].kernel != 0 ? 1 : 0;
+    touched[count] = static_cast<std::uint8_t>(i);
+    // Not below 0, and so 0 only where all bits are.
+    count += std::bit_cast<std::uint64_t>(tile[i].kernel) != 0 ? 1 : 0;
+  }
+  Sum sums[kTileCells];
+  for (std::size_t n = 0; n < count; ++n) {
+    const std::size_t i = touched[n];
+    sums[n] = {tile + i,
+               firstElement + i / kTileColumns * static_cast<std::size_t>(layout_.columns) + i % kTileColumns};
   }
   for (std::size_t k = 0; k < target.beams.size(); ++k) {
     const double p = powers[k];
