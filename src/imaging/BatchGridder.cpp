@@ -139,9 +139,7 @@ bool BatchGridder::gridBlock(const Job& job, std::uint64_t begin, std::uint64_t 
     const std::uint64_t last = std::min<std::uint64_t>(first + Stretch::kCapacity, end);
     if (!job.reader.read(first, last, job.ifs, stretches_[s], rooms_[member])) going = false;
     for (std::size_t i = 0; job.parts > 1 && i < job.ifs; ++i) {
-      PointList& points = points_[s * job.ifs + i];
-      maker_.make(stretches_[s], i, job.batch, points);
-      adder_.prepare(points);
+      makePoints(job, s, i, points_[s * job.ifs + i]);
     }
   });
   if (!going) return false;
@@ -157,15 +155,20 @@ bool BatchGridder::gridBlock(const Job& job, std::uint64_t begin, std::uint64_t 
   return !indicators_.cancelled();
 }
 
+/// Of stretch `s` and IF `i`, ready to be added.
+void BatchGridder::makePoints(const Job& job, std::size_t s, std::size_t i, PointList& points) const {
+  const bool read = maker_.leavesPoints() && job.batch.selections.size() == 1;
+  if (read && adder_.prepareRead(stretches_[s], i, job.batch.frequencies[i], points)) return;
+  maker_.make(stretches_[s], i, job.batch, points);
+  adder_.prepare(points);
+}
+
 void BatchGridder::addPoints(const Job& job, std::size_t i, int part, std::size_t member) {
   for (std::size_t s = 0; s < stretches_.size(); ++s) {
     // Wide kernels take long over a block.
     if (indicators_.cancelled()) return;
     PointList& points = points_[job.parts > 1 ? s * job.ifs + i : member];
-    if (job.parts == 1) {
-      maker_.make(stretches_[s], i, job.batch, points);
-      adder_.prepare(points);
-    }
+    if (job.parts == 1) makePoints(job, s, i, points);
     adder_.add(points, {&job.grids[i], job.batch.ifs, job.selections}, part, scratch_[member]);
   }
 }

@@ -72,6 +72,7 @@ class BatchGridder {
   void makeRoom(std::size_t ifs, int parts);
   bool gridBlock(const Job& job, std::uint64_t begin, std::uint64_t end, bool release);
   void leaveOut(Job& job, std::uint64_t workGridBytes) const;
+  void makePoints(const Job& job, std::size_t s, std::size_t i, PointList& points) const;
   void addPoints(const Job& job, std::size_t i, int part, std::size_t member);
 
   const PointMaker& maker_;

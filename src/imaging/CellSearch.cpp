@@ -90,32 +90,99 @@ HWY_INLINE Vector cellNumber(const WorkGrid::Layout& layout, Vector row, Vector 
   return hn::MulAdd(tileRow, set((layout.tilesPerRow - 1) * kCells), inTile);
 }
 
-void searchAll(const GridGeometry& g, PointList& points) {
+/// What the points add to their cells.
+HWY_INLINE void storeSums(Vector weight, Vector re, Vector im, WorkGrid::Cell* sums) {
+  const Tag d;
+  hn::StoreInterleaved4(weight, hn::Mul(weight, re), hn::Mul(weight, im), hn::Set(d, 1.0), d, &sums->weight);
+}
+
+/// One vector of points: the one at `i` and those behind it.
+HWY_INLINE void searchVector(const GridGeometry& g, const WorkGrid::Layout& layout, PointList& points,
+                             std::size_t i) {
   const Tag d;
   const hn::Rebind<std::int32_t, Tag> di;
+  // Of the point and its conjugate the one with u >= 0.
+  const Vector u = hn::Load(d, points.u + i);
+  const Vector v = hn::Load(d, points.v + i);
+  const Mask conjugate = hn::Lt(u, hn::Zero(d));
+  const Place place = find(g, hn::Abs(u), hn::IfThenElse(conjugate, hn::Neg(v), v));
+  Vector cell = cellNumber(layout, place.row, place.column);
+  if (!hn::AllTrue(d, place.inside)) {
+    const OtherPlace other = findOther(g, place);
+    const Vector alone =
+        hn::IfThenElse(other.nowhere, hn::Set(d, PointList::kNoCell), hn::Set(d, PointList::kUnclear));
+    const Vector outside = hn::IfThenElse(other.twins, hn::Sub(hn::Set(d, PointList::kTwins), cell), alone);
+    cell = hn::IfThenElse(place.inside, cell, outside);
+  }
+  hn::Store(hn::DemoteTo(di, cell), di, points.cell + i);
+  const Vector im = hn::Load(d, points.im + i);
+  storeSums(hn::Load(d, points.weight + i), hn::Load(d, points.re + i),
+            hn::IfThenElse(conjugate, hn::Neg(im), im), points.sums + i);
+}
+
+void searchAll(const GridGeometry& g, PointList& points) {
   const WorkGrid::Layout layout(g);
-  const Vector none = hn::Set(d, PointList::kNoCell);
-  const Vector unclear = hn::Set(d, PointList::kUnclear);
   // Places behind the last point hold older points; what is found for them is not used.
+  for (std::size_t i = 0; i < points.count; i += hn::Lanes(Tag())) searchVector(g, layout, points, i);
+}
+
+/// Positions of the points of one frequency along one direction of the grid, in cells from the first cell's
+/// lower edge: within 2^-36 of those of find(), which rounds otherwise.
+struct Positions {
+  Positions(double frequency, double perCell, double extent)
+      : perSecond(frequency * perCell), first(extent * perCell + 0.5) {}
+  [[nodiscard]] HWY_INLINE Vector of(Vector seconds) const {
+    const Tag d;
+    return hn::MulAdd(seconds, hn::Set(d, perSecond), hn::Set(d, first));
+  }
+  double perSecond, first;
+};
+
+/// Whether positions in these cells are far enough from their edges for find() to call them clear.
+HWY_INLINE Mask isClear(Vector position, Vector cell) {
+  const Tag d;
+  const Vector offCenter = hn::Sub(hn::Sub(position, cell), hn::Set(d, 0.5));
+  return hn::Le(hn::Abs(offCenter), hn::Set(d, 0.5 - 0x1p-29));
+}
+
+void searchRead(const GridGeometry& g, const Stretch& stretch, const Stretch::Means& means, double frequency,
+                PointList& points) {
+  const Tag d;
+  const hn::Rebind<float, Tag> df;
+  const hn::Rebind<std::int32_t, Tag> di;
+  const WorkGrid::Layout layout(g);
+  const Positions along(frequency, g.perDu, g.uMax);
+  const Positions across(frequency, g.perDv, g.vMax);
+  points.count = stretch.records;
   for (std::size_t i = 0; i < points.count; i += hn::Lanes(d)) {
-    // Of the point and its conjugate the one with u >= 0.
-    const Vector u = hn::Load(d, points.u + i);
-    const Vector v = hn::Load(d, points.v + i);
-    const Mask conjugate = hn::Lt(u, hn::Zero(d));
-    const Place place = find(g, hn::Abs(u), hn::IfThenElse(conjugate, hn::Neg(v), v));
-    Vector cell = cellNumber(layout, place.row, place.column);
-    if (!hn::AllTrue(d, place.inside)) {
-      const OtherPlace other = findOther(g, place);
-      const Vector alone = hn::IfThenElse(other.nowhere, none, unclear);
-      const Vector outside = hn::IfThenElse(other.twins, hn::Sub(hn::Set(d, PointList::kTwins), cell), alone);
-      cell = hn::IfThenElse(place.inside, cell, outside);
+    const Vector u = hn::LoadU(d, stretch.u + i);
+    const Vector v = hn::LoadU(d, stretch.v + i);
+    const Vector weight = hn::PromoteTo(d, hn::LoadU(df, means.weight + i));
+    const Vector re = hn::PromoteTo(d, hn::LoadU(df, means.re + i));
+    const Vector im = hn::PromoteTo(d, hn::LoadU(df, means.im + i));
+    // Of a point and its conjugate the one with u >= 0; u = -0 is not in a column that counts here.
+    const Vector sign = hn::And(u, hn::SignBit(d));
+    const Vector x = along.of(hn::Abs(u));
+    const Vector y = across.of(hn::Xor(v, sign));
+    const Vector right = hn::Trunc(x);
+    const Vector column = hn::Sub(right, hn::Set(d, g.nx));
+    const Vector row = hn::Trunc(y);
+    const Mask inColumns = hn::And(isClear(x, right), between(column, 1, g.columns - 1));
+    const Mask inRows = hn::And(isClear(y, row), between(row, 0, g.rows - 1));
+    const Mask usable = hn::Gt(weight, hn::Zero(d));
+    if (hn::AllTrue(d, hn::And(usable, hn::And(inColumns, inRows)))) [[likely]] {
+      hn::Store(hn::DemoteTo(di, cellNumber(layout, row, column)), di, points.cell + i);
+      storeSums(weight, re, hn::Xor(im, sign), points.sums + i);
+      continue;
     }
-    hn::Store(hn::DemoteTo(di, cell), di, points.cell + i);
-    const Vector weight = hn::Load(d, points.weight + i);
-    const Vector im = hn::Load(d, points.im + i);
-    const Vector weightedRe = hn::Mul(weight, hn::Load(d, points.re + i));
-    const Vector weightedIm = hn::Mul(weight, hn::IfThenElse(conjugate, hn::Neg(im), im));
-    hn::StoreInterleaved4(weight, weightedRe, weightedIm, hn::Set(d, 1.0), d, &points.sums[i].weight);
+    hn::Store(hn::Mul(u, hn::Set(d, frequency)), d, points.u + i);
+    hn::Store(hn::Mul(v, hn::Set(d, frequency)), d, points.v + i);
+    hn::Store(weight, d, points.weight + i);
+    hn::Store(re, d, points.re + i);
+    hn::Store(im, d, points.im + i);
+    searchVector(g, layout, points, i);
+    for (std::size_t n = i; n < i + hn::Lanes(d); ++n)
+      if (points.weight[n] == 0) points.cell[n] = PointList::kNoCell;
   }
 }
 
@@ -127,9 +194,15 @@ HWY_AFTER_NAMESPACE();
 namespace lumo {
 
 HWY_EXPORT(searchAll);
+HWY_EXPORT(searchRead);
 
 void searchCells(const GridGeometry& geometry, PointList& points) {
   HWY_DYNAMIC_DISPATCH(searchAll)(geometry, points);
+}
+
+void searchCells(const GridGeometry& geometry, const Stretch& stretch, std::size_t ifIndex, double frequency,
+                 PointList& points) {
+  HWY_DYNAMIC_DISPATCH(searchRead)(geometry, stretch, stretch.ifs[ifIndex], frequency, points);
 }
 
 }  // namespace lumo

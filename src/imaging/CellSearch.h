@@ -3,6 +3,7 @@
 
 #include "imaging/GridGeometry.h"
 #include "imaging/PointList.h"
+#include "imaging/Stretch.h"
 
 namespace lumo {
 
@@ -15,5 +16,11 @@ namespace lumo {
 /// plain loops: points within 2^-30 cells of a cell's edge, and in column 0 those whose conjugate point is
 /// off the grid or in the same cell. The bits do not depend on the processor's instruction set.
 void searchCells(const GridGeometry& geometry, PointList& points);
+
+/// The same for the records of a stretch and one of its IFs at `frequency`, Hz, whose points are as they were
+/// read: PointMaker::make and searchCells in one, which leaves u, v, weight, re and im of the list unset
+/// where a point falls into one cell, and points of weight 0 in their places, without a cell.
+void searchCells(const GridGeometry& geometry, const Stretch& stretch, std::size_t ifIndex, double frequency,
+                 PointList& points);
 
 }  // namespace lumo

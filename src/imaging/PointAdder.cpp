@@ -146,6 +146,11 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
   [[nodiscard]] Reach reach() const override { return {}; }
 
   void prepare(PointList& points) const override { searchCells(geometry(), points); }
+  bool prepareRead(const Stretch& stretch, std::size_t ifIndex, double frequency,
+                   PointList& points) const override {
+    searchCells(geometry(), stretch, ifIndex, frequency, points);
+    return true;
+  }
 
   void add(const PointList& points, const IfGrids& grids, int part, Scratch& scratch) const override {
     if (grids.selections == 1)

@@ -8,6 +8,7 @@
 #include "imaging/ABMakeParameters.h"
 #include "imaging/GridGeometry.h"
 #include "imaging/PointList.h"
+#include "imaging/Stretch.h"
 #include "imaging/WorkGrid.h"
 
 namespace lumo {
@@ -36,6 +37,12 @@ class PointAdder {
   [[nodiscard]] virtual Reach reach() const = 0;
   /// What can be worked out about points before their turn to be added comes.
   virtual void prepare(PointList& /*points*/) const {}
+  /// PointMaker::make and prepare() in one, for points that it leaves as they were read and one frequency
+  /// selection. Returns false where there is no such short cut.
+  virtual bool prepareRead(const Stretch& /*stretch*/, std::size_t /*ifIndex*/, double /*frequency*/,
+                           PointList& /*points*/) const {
+    return false;
+  }
   /// Adds prepared points to the cells of their selections' grids that belong to `part`.
   virtual void add(const PointList& points, const IfGrids& grids, int part, Scratch& scratch) const = 0;
 };

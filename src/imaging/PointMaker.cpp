@@ -95,14 +95,12 @@ void PointMaker::make(const Stretch& stretch, std::size_t ifIndex, const IfBatch
   static_cast<void>(HWY_DYNAMIC_DISPATCH(widen)(means.im, count, points.im));
   points.count = count;
   if (gaps) dropUnusable(points);
-  weigh(points);
-  if (phaseX_ != 0 || phaseY_ != 0) turn(points);
+  if (!keepsWeights()) weigh(points);
+  if (turns()) turn(points);
 }
 
 void PointMaker::weigh(PointList& points) const {
   const bool useWeights = parameters_.useVisWeights != 0;
-  // Without bounds the taper is 1, and 1 · weight is the weight.
-  if (parameters_.taperType == kTaperNone && useWeights) return;
   for (std::size_t i = 0; i < points.count; ++i) {
     const double taper = taper_.value(points.u[i], points.v[i]);
     points.weight[i] = useWeights ? taper * points.weight[i] : taper;

@@ -19,8 +19,15 @@ class PointMaker {
 
   /// Makes the points of IF `ifIndex` of the batch to which the stretch belongs.
   void make(const Stretch& stretch, std::size_t ifIndex, const IfBatch& batch, PointList& points) const;
+  /// Whether points are what was read: weights as they are, no turn of the phase.
+  [[nodiscard]] bool leavesPoints() const { return keepsWeights() && !turns(); }
 
  private:
+  // Without bounds the taper is 1, and 1 · weight is the weight.
+  [[nodiscard]] bool keepsWeights() const {
+    return parameters_.taperType == kTaperNone && parameters_.useVisWeights != 0;
+  }
+  [[nodiscard]] bool turns() const { return phaseX_ != 0 || phaseY_ != 0; }
   void weigh(PointList& points) const;
   void turn(PointList& points) const;
 

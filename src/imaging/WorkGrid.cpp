@@ -77,8 +77,8 @@ void WorkGrid::foldTile(Cell* tile, std::size_t firstElement, const std::vector<
   Sum sums[kTileCells];
   for (std::size_t n = 0; n < count; ++n) {
     const std::size_t i = touched[n];
-    sums[n] = {tile + i,
-               firstElement + i / kTileColumns * static_cast<std::size_t>(layout_.columns) + i % kTileColumns};
+    sums[n] = {tile + i, firstElement + i / kTileColumns * static_cast<std::size_t>(layout_.columns) +
+                             i % kTileColumns};
   }
   for (std::size_t k = 0; k < target.beams.size(); ++k) {
     const double p = powers[k];
