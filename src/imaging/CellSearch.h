@@ -18,8 +18,8 @@ namespace lumo {
 void searchCells(const GridGeometry& geometry, PointList& points);
 
 /// The same for the records of a stretch and one of its IFs at `frequency`, Hz, whose points are as they were
-/// read: PointMaker::make and searchCells in one, which leaves u, v, weight, re and im of the list unset
-/// where a point falls into one cell, and points of weight 0 in their places, without a cell.
+/// read: PointMaker::make and searchCells in one, but that selections are left alone, u, v, weight, re and im
+/// too where a point falls into one cell, and that points of weight 0 stay in their places, without a cell.
 void searchCells(const GridGeometry& geometry, const Stretch& stretch, std::size_t ifIndex, double frequency,
                  PointList& points);
 
