@@ -81,6 +81,7 @@ void BM_Gridder_Tracks(benchmark::State& state) {
   const VisibilityInputs inputs = shelf.file->inputs();
   const RunIndicators indicators;
   std::map<std::string, double> phases;
+  // Its watch goes on until the memory has been given back.
   const auto grid = [&](int members) {
     const Stopwatch watch;
     SpectralGridSet grids;

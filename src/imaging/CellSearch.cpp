@@ -127,7 +127,8 @@ void searchAll(const GridGeometry& g, PointList& points) {
 }
 
 /// Positions of the points of one frequency along one direction of the grid, in cells from the first cell's
-/// lower edge: within 2^-36 of those of find(), which rounds otherwise.
+/// lower edge. find() rounds otherwise: by less than 2^-36 on grids of up to 2^13 cells in a direction, which
+/// ABMakeParameters::isUsableColumns and isUsableRows see to.
 struct Positions {
   Positions(double frequency, double perCell, double extent)
       : perSecond(frequency * perCell), first(extent * perCell + 0.5) {}

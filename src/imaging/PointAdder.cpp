@@ -146,8 +146,8 @@ class PillBoxAdder final : public FootprintAdder<BoxKernel> {
   [[nodiscard]] Reach reach() const override { return {}; }
 
   void prepare(PointList& points) const override { searchCells(geometry(), points); }
-  bool prepareRead(const Stretch& stretch, std::size_t ifIndex, double frequency,
-                   PointList& points) const override {
+  [[nodiscard]] bool prepareRead(const Stretch& stretch, std::size_t ifIndex, double frequency,
+                                 PointList& points) const override {
     searchCells(geometry(), stretch, ifIndex, frequency, points);
     return true;
   }

@@ -37,10 +37,11 @@ class PointAdder {
   [[nodiscard]] virtual Reach reach() const = 0;
   /// What can be worked out about points before their turn to be added comes.
   virtual void prepare(PointList& /*points*/) const {}
-  /// PointMaker::make and prepare() in one, for points that it leaves as they were read and one frequency
-  /// selection. Returns false where there is no such short cut.
-  virtual bool prepareRead(const Stretch& /*stretch*/, std::size_t /*ifIndex*/, double /*frequency*/,
-                           PointList& /*points*/) const {
+  /// PointMaker::make and prepare() in one, for points of IF `ifIndex` of a stretch at `frequency`, Hz, that
+  /// the maker leaves as they were read, and one frequency selection. Returns false, the list untouched,
+  /// where there is no such short cut.
+  [[nodiscard]] virtual bool prepareRead(const Stretch& /*stretch*/, std::size_t /*ifIndex*/,
+                                         double /*frequency*/, PointList& /*points*/) const {
     return false;
   }
   /// Adds prepared points to the cells of their selections' grids that belong to `part`.

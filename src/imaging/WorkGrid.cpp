@@ -46,6 +46,7 @@ WorkGrid::Cell* WorkGrid::Store::take() {
     pieces_.push_back(pool_->take());
     left_ = TilePool::kPieceBytes / kTileBytes;
   }
+  // Bytes of zeros are cells of zeros.
   return reinterpret_cast<Cell*>(pieces_.back() + --left_ * kTileBytes);
 }
 
@@ -71,7 +72,7 @@ void WorkGrid::foldTile(Cell* tile, std::size_t firstElement, const std::vector<
   std::size_t count = 0;
   for (std::uint32_t i = 0; i < kTileCells; ++i) {
     touched[count] = static_cast<std::uint8_t>(i);
-    // Not below 0, and so 0 only where all bits are.
+    // A sum that begins with 0 is never -0: it is 0 only where all bits are.
     count += std::bit_cast<std::uint64_t>(tile[i].kernel) != 0 ? 1 : 0;
   }
   Sum sums[kTileCells];
