@@ -136,7 +136,9 @@ Status AUVXFile::checkTables() const {
   const auto rows = [&](const char* name, std::uint64_t rowBytes, bool required) -> Status {
     for (const TableEntry& table : tables_) {
       if (table.name != name) continue;
-      if (table.bytes != rowBytes * table.rows || (required && table.rows == 0))
+      // Divided, since the product of a row of many IFs and a count may be any number.
+      const bool whole = table.bytes % rowBytes == 0 && table.bytes / rowBytes == table.rows;
+      if (!whole || (required && table.rows == 0))
         return bad(std::string("has a table '") + name + "' of " + std::to_string(table.bytes) +
                    " bytes for " + std::to_string(table.rows) + " rows of " + std::to_string(rowBytes));
       return {};

@@ -17,6 +17,7 @@
 #include "io/AUVXRead_FqS.h"
 #include "io/AUVXSources.h"
 #include "io/AUVXVisibility.h"
+#include "io/UvxLayout.h"
 #include "io/UvxSample.h"
 #include "support/TempFolder.h"
 
@@ -261,6 +262,28 @@ TEST_F(AUVXFileTest, TablesThatDisagreeWithTheShapeAreRefused) {
   storeLittle<std::uint32_t>(bytes.data() + 40, 2);
   storeLittle<std::uint32_t>(bytes.data() + 44, 3);
   expectRefused(withHeader(bytes), "Stokes products");
+}
+
+TEST_F(AUVXFileTest, RowsWhoseBytesOverflowAreRefused) {
+  constexpr std::uint32_t kIfs = 268451840;
+  constexpr std::uint32_t kRows = 4294705160;
+  constexpr std::uint64_t kTableBytes = 64;
+  static_assert((8 + std::uint64_t{16} * kIfs) * kRows == kTableBytes);  // less 2^64
+  UvxContent content = sampleContent(1, 1);
+  content.shape.products = 1;
+  content.products = {-1};
+  std::string bytes = test::readFile(sample(0, content));
+  storeLittle<std::uint32_t>(bytes.data() + uvx_header::kIfs, kIfs);
+  storeLittle<std::uint32_t>(bytes.data() + uvx_header::kGroupBytes, 26 + 12 * kIfs);
+  const std::size_t name = bytes.find("FQ");
+  ASSERT_NE(name, std::string::npos);
+  char* const entry = bytes.data() + name;
+  const auto offset = loadLittle<std::uint64_t>(entry + uvx_entry::kOffset);
+  ASSERT_LE(offset + kTableBytes, bytes.size());
+  storeLittle<std::uint64_t>(entry + uvx_entry::kSize, kTableBytes);
+  storeLittle<std::uint32_t>(entry + uvx_entry::kRows, kRows);
+  storeLittle<std::uint32_t>(entry + uvx_entry::kCrc, crc32Of(bytes.data() + offset, kTableBytes));
+  expectRefused(withHeader(bytes), "table 'FQ' of 64 bytes for 4294705160 rows");
 }
 
 TEST_F(AUVXFileTest, WriterRefusesContentItCannotHold) {
