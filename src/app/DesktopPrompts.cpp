@@ -21,7 +21,10 @@ bool DesktopPrompts::confirm(QWidget* parent, const QString& text) {
 }
 
 QStringList DesktopPrompts::chooseFiles(QWidget* parent, const QString& folder) {
-  QFileDialog dialog(parent, "Add UVX files", folder, "ZEL file (*.UVX *.uvx);;All files (*)");
+  // What is shown of a filter ends before its last parenthesis, which holds what it means.
+  QFileDialog dialog(parent, "Add UVX files", folder,
+                     "ZEL file (*.UVX) (*.uvx *.UVX);;All files (*.*) (*)");
+  dialog.setOption(QFileDialog::HideNameFilterDetails);
   dialog.setFileMode(QFileDialog::ExistingFiles);
   dialog.setDefaultSuffix("uvx");
   dialog.selectFile("*.uvx");
@@ -29,7 +32,6 @@ QStringList DesktopPrompts::chooseFiles(QWidget* parent, const QString& folder) 
 }
 
 QStringList DesktopPrompts::chooseMaps(QWidget* parent, const QString& folder) {
-  // What is shown of a filter ends before its last parenthesis, which holds what it means.
   QFileDialog dialog(parent, "Add maps", folder,
                      "ZEL map file (*.exm,*.amap) (*.exm *.amap);;All files (*.*) (*)");
   dialog.setOption(QFileDialog::HideNameFilterDetails);
