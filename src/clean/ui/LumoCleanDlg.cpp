@@ -115,13 +115,15 @@ void LumoCleanDlg::changeEvent(QEvent* event) {
 }
 
 void LumoCleanDlg::look() {
+  // Asked first, so that what is shown is of the last iteration done.
   const bool finished = worker_.finished();
+  const bool paused = pausing_ && worker_.paused();
   showProgress();
   followRecord();
   if (finished) {
     timer_.stop();
     done(Accepted);
-  } else if (pausing_ && worker_.paused()) {
+  } else if (paused) {
     openView();
   }
 }
