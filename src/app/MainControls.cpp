@@ -116,6 +116,7 @@ void MainControls::makeMenu(QDialog& dialog) {
   menu->setToolTipsVisible(true);
   showLog = named(menu->addAction("&Log..."), "showLog", "What happened, with the reasons of failures");
   showLog->setShortcut(QKeySequence("Ctrl+L"));
+  menu->addSeparator();
   about = named(menu->addAction("&About Lumo..."), "about", "Version and licence");
 }
 

@@ -291,8 +291,9 @@ TEST_F(MainDialogTest, AboutAndTheLogStandNextToEachOtherInTheSystemMenu) {
   ASSERT_EQ(menus.size(), 1);
   EXPECT_EQ(menus[0]->text(), "&System");
   QStringList entries;
-  for (const QAction* const action : menus[0]->menu()->actions()) entries += action->text();
-  EXPECT_EQ(entries, QStringList({"&Log...", "&About Lumo..."}));
+  for (const QAction* const action : menus[0]->menu()->actions())
+    entries += action->isSeparator() ? "-" : action->text();
+  EXPECT_EQ(entries, QStringList({"&Log...", "-", "&About Lumo..."}));
 }
 
 TEST_F(MainDialogTest, ButtonsAnswerToTheirKeys) {
