@@ -15,28 +15,31 @@ namespace {
 
 constexpr const char* kLogarithmicMark = " (log scale)";
 
-struct Extent {
-  double min = TMinMax::kUnsetMin;
-  double max = TMinMax::kUnsetMax;
+/// One axis of a frame's range.
+struct AxisRange {
+  double& min;
+  double& max;
+  int scaleMode;
 
-  [[nodiscard]] bool empty() const { return min > max; }
-  void cover(double value, int scaleMode) {
+  void cover(double value) const {
     if (!std::isfinite(value) || (scaleMode == kLogarithmicScale && value <= 0.0)) return;
     min = std::min(min, value);
     max = std::max(max, value);
   }
-};
-
-Extent withMargin(const Extent& extent, int scaleMode) {
-  constexpr double kMargin = 0.05;
-  if (extent.empty()) return extent;
-  if (scaleMode == kLogarithmicScale) {
-    const DecadeRange decades = decadeRange(extent.min, extent.max);
-    return {decades.min, decades.max};
+  void addMargin() const {
+    constexpr double kMargin = 0.05;
+    if (min > max) return;
+    if (scaleMode == kLogarithmicScale) {
+      const DecadeRange decades = decadeRange(min, max);
+      min = decades.min;
+      max = decades.max;
+      return;
+    }
+    const double margin = kMargin * (max - min);
+    min -= margin;
+    max += margin;
   }
-  const double margin = kMargin * (extent.max - extent.min);
-  return {extent.min - margin, extent.max + margin};
-}
+};
 
 }  // namespace
 
@@ -48,21 +51,17 @@ void SpectrumCurve::setData(std::vector<double> freqs, std::vector<double> fluxe
 }
 
 void SpectrumCurve::getRange(TMinMax& range, int xScaleMode, int yScaleMode) const {
-  Extent x;
-  Extent y;
+  const AxisRange x{range.xMin, range.xMax, xScaleMode};
+  const AxisRange y{range.yMin, range.yMax, yScaleMode};
   for (std::size_t i = 0; i < count(); ++i) {
-    x.cover(freqs_[i], xScaleMode);
-    y.cover(fluxes_[i], yScaleMode);
+    x.cover(freqs_[i]);
+    y.cover(fluxes_[i]);
     if (!hasErrorBar(i)) continue;
-    y.cover(fluxes_[i] + errors_[i], yScaleMode);
-    y.cover(fluxes_[i] - errors_[i], yScaleMode);
+    y.cover(fluxes_[i] + errors_[i]);
+    y.cover(fluxes_[i] - errors_[i]);
   }
-  x = withMargin(x, xScaleMode);
-  y = withMargin(y, yScaleMode);
-  range.xMin = std::min(range.xMin, x.min);
-  range.xMax = std::max(range.xMax, x.max);
-  range.yMin = std::min(range.yMin, y.min);
-  range.yMax = std::max(range.yMax, y.max);
+  x.addMargin();
+  y.addMargin();
 }
 
 std::vector<SpectrumSample> SpectrumCurve::samples() const {
@@ -101,12 +100,6 @@ DecadeRange decadeRange(double min, double max) {
   const double lowest = std::floor(std::log10(min > 0.0 ? min : max * kDecadesBelow));
   const double highest = std::max(std::ceil(std::log10(max)), lowest + 1.0);
   return {std::pow(10.0, lowest), std::pow(10.0, highest)};
-}
-
-TMinMax SpectrumGraph::range() const {
-  TMinMax result;
-  for (const SpectrumCurve& curve : curves) curve.getRange(result, xScaleMode, yScaleMode);
-  return result;
 }
 
 std::string scaledTitle(const std::string& title, int scaleMode) {

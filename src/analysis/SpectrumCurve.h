@@ -35,9 +35,10 @@ class SpectrumCurve {
 
   /// True when point `i` is drawn with its error bar: one that would reach zero or below is left out.
   [[nodiscard]] bool hasErrorBar(std::size_t i) const { return fluxes_[i] - errors_[i] > 0.0; }
-  /// Widens x and y of the range so that the points, the bars that are drawn, and a margin fit in: on a
-  /// linear axis 5 % of the curve's own span at each end, on a logarithmic one the rest of the decades.
-  /// Coordinates that are not finite are left out, and on a logarithmic axis those that are not positive.
+  /// Widens x and y of a frame's range so that the points and the bars that are drawn fit in, and then the
+  /// range by a margin: on a linear axis 5 % of its span at each end, on a logarithmic one the rest of the
+  /// decades. Coordinates that are not finite are left out, and on a logarithmic axis those that are not
+  /// positive.
   void getRange(TMinMax& range, int xScaleMode, int yScaleMode) const;
   /// The natural cubic spline through the points, at kSampleCount frequencies in equal steps from the lowest
   /// to the highest. Points may come in any order; of several at one frequency the first counts, and those
@@ -73,9 +74,6 @@ struct SpectrumGraph {
   int yScaleMode = kLogarithmicScale;
   int invertColors = 0;
   std::vector<SpectrumCurve> curves;
-
-  /// x and y that hold every curve.
-  [[nodiscard]] TMinMax range() const;
 };
 
 /// The title, with " (log scale)" behind it for a logarithmic axis.

@@ -4,7 +4,6 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 #include "view/ClippedLine.h"
@@ -29,17 +28,14 @@ bool ALineGraph::hasPlace(std::size_t i) const {
          std::isfinite(axisCoordinate(y_[i], frame_.scaleY()));
 }
 
-PlotRect ALineGraph::extent() const {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  PlotRect extent{kInfinity, -kInfinity, kInfinity, -kInfinity};
+void ALineGraph::getRange(TMinMax& range) const {
   for (std::size_t i = 0; i < x_.size(); ++i) {
     if (!hasPlace(i)) continue;
-    extent.xMin = std::min(extent.xMin, x_[i]);
-    extent.xMax = std::max(extent.xMax, x_[i]);
-    extent.yMin = std::min(extent.yMin, y_[i]);
-    extent.yMax = std::max(extent.yMax, y_[i]);
+    range.xMin = std::min(range.xMin, x_[i]);
+    range.xMax = std::max(range.xMax, x_[i]);
+    range.yMin = std::min(range.yMin, y_[i]);
+    range.yMax = std::max(range.yMax, y_[i]);
   }
-  return extent;
 }
 
 void ALineGraph::draw(const GraphPainter& target) const {

@@ -26,8 +26,8 @@ class ALineGraph final : public CurveGraph {
   [[nodiscard]] const std::vector<double>& x() const { return x_; }
   [[nodiscard]] const std::vector<double>& y() const { return y_; }
 
-  /// Of the points that are drawn.
-  [[nodiscard]] PlotRect extent() const override;
+  /// By the points that are drawn.
+  void getRange(TMinMax& range) const override;
   void draw(const GraphPainter& target) const override;
   [[nodiscard]] int legendLines() const override { return 1; }
   void drawLegend(QPainter& painter, const QRectF& place) const override;

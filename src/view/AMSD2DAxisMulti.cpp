@@ -22,32 +22,17 @@ struct Span {
   double max = 1.0;
 };
 
-/// Grows from nothing over the spans that have a place on the axis.
-class Cover {
- public:
-  explicit Cover(AxisScale scale) : scale_(scale) {}
-  void add(double min, double max) {
-    const double low = axisCoordinate(min, scale_);
-    const double high = axisCoordinate(max, scale_);
-    if (!std::isfinite(low) || !std::isfinite(high) || low > high) return;
-    span_.min = isEmpty_ ? low : std::min(span_.min, low);
-    span_.max = isEmpty_ ? high : std::max(span_.max, high);
-    isEmpty_ = false;
-  }
-  /// A single coordinate gets room on both sides, so that it does not lie on the frame's edge.
-  [[nodiscard]] Span span() const {
-    if (span_.min < span_.max) return span_;
-    const double room = span_.min != 0.0 ? kRoom * std::abs(span_.min) : kRoom;
-    return {span_.min - room, span_.max + room};
-  }
-
- private:
-  static constexpr double kRoom = 0.05;
-
-  AxisScale scale_;
-  Span span_;
-  bool isEmpty_ = true;
-};
+/// That of a range on an axis.
+Span spanOf(double min, double max, AxisScale scale) {
+  constexpr double kRoom = 0.05;
+  const double low = axisCoordinate(min, scale);
+  const double high = axisCoordinate(max, scale);
+  if (!std::isfinite(low) || !std::isfinite(high) || low > high) return {};
+  if (low < high) return {low, high};
+  // So that a single coordinate does not lie on the frame's edge.
+  const double room = low != 0.0 ? kRoom * std::abs(low) : kRoom;
+  return {low - room, low + room};
+}
 
 }  // namespace
 
@@ -87,16 +72,11 @@ QColor AMSD2DAxisMulti::overlayColour(int number) const {
 }
 
 PlotRect AMSD2DAxisMulti::extent() const {
-  Cover x(scaleX_);
-  Cover y(scaleY_);
-  for (const auto& graph : graphs_) {
-    const PlotRect one = graph->extent();
-    x.add(one.xMin, one.xMax);
-    y.add(one.yMin, one.yMax);
-  }
-  const Span spanX = x.span();
-  const Span spanY = y.span();
-  return {spanX.min, spanX.max, spanY.min, spanY.max};
+  TMinMax range;
+  for (const auto& graph : graphs_) graph->getRange(range);
+  const Span x = spanOf(range.xMin, range.xMax, scaleX_);
+  const Span y = spanOf(range.yMin, range.yMax, scaleY_);
+  return {x.min, x.max, y.min, y.max};
 }
 
 double AMSD2DAxisMulti::RPXtoGPX(double x, const PanelView& view) const {

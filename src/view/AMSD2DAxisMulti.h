@@ -62,8 +62,8 @@ class AMSD2DAxisMulti {
   /// What a legend has more than its lines, since it begins so much below the top of its rectangle.
   [[nodiscard]] double legendDrop() const { return 0.5 * fontHeight_; }
 
-  /// What holds the extents of all curves, in axis coordinates. An axis on which no curve has an extent has
-  /// one decade from 1, or 0..1 if linear; a single coordinate has room on both sides.
+  /// The range that the curves extend one after the other from nothing, in axis coordinates. An axis on which
+  /// there is nothing has one decade from 1, or 0..1 if linear; a single coordinate has room on both sides.
   [[nodiscard]] PlotRect extent() const;
   /// Horizontal place of a value of x in logical pixels of the panel; not finite where the axis has no place
   /// for it.

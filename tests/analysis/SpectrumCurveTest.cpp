@@ -57,17 +57,31 @@ TEST(SpectrumCurveTest, DecadesOfASingleValueAreAtLeastOne) {
   EXPECT_DOUBLE_EQ(decadeRange(-1.0, -1.0).max, 10.0);
 }
 
-TEST(SpectrumCurveTest, RangeOfTheFrameGrowsToCoverEveryCurve) {
-  SpectrumGraph graph;
-  graph.xScaleMode = graph.yScaleMode = kLinearScale;
-  graph.curves = {curveOf({0.0, 100.0}, {0.0, 20.0}, {1.0, 1.0}),
-                  curveOf({100.0, 200.0}, {10.0, 50.0}, {99.0, 99.0})};
-  const TMinMax range = graph.range();
-  EXPECT_DOUBLE_EQ(range.xMin, -5.0);
-  EXPECT_DOUBLE_EQ(range.xMax, 205.0);
-  // First: 0 and 19..21, margin 1.05. Second: 10 and 50, margin 2.
-  EXPECT_DOUBLE_EQ(range.yMin, -1.05);
-  EXPECT_DOUBLE_EQ(range.yMax, 52.0);
+TEST(SpectrumCurveTest, RangeOfTheFrameGrowsToCoverEveryCurveAndHasAMarginOfItsOwnSpan) {
+  // x: 0 to 100 with 5; then -5 to 200 with 10.25. y: 0 to 21 with 1.05; then -1.05 to 50 with 2.5525.
+  TMinMax range = linearRange(curveOf({0.0, 100.0}, {0.0, 20.0}, {1.0, 1.0}));
+  curveOf({100.0, 200.0}, {10.0, 50.0}, {99.0, 99.0}).getRange(range, kLinearScale, kLinearScale);
+  EXPECT_DOUBLE_EQ(range.xMin, -15.25);
+  EXPECT_DOUBLE_EQ(range.xMax, 210.25);
+  EXPECT_DOUBLE_EQ(range.yMin, -3.6025);
+  EXPECT_DOUBLE_EQ(range.yMax, 52.5525);
+}
+
+TEST(SpectrumCurveTest, AFlatCurveDoesNotLieOnTheEdgeOfAFrameWithAnother) {
+  TMinMax range = linearRange(curveOf({1.0, 2.0}, {4.0, 4.0}, {0.0, 0.0}));
+  curveOf({1.0, 2.0}, {1.0, 1.0}, {0.0, 0.0}).getRange(range, kLinearScale, kLinearScale);
+  EXPECT_DOUBLE_EQ(range.yMin, 1.0 - 0.15);
+  EXPECT_DOUBLE_EQ(range.yMax, 4.0 + 0.15);
+}
+
+TEST(SpectrumCurveTest, DecadesOfTheFrameHoldEveryCurve) {
+  TMinMax range;
+  curveOf({3e8, 2e9}, {0.02, 1.0}, {0.0, 0.0}).getRange(range, kLogarithmicScale, kLogarithmicScale);
+  curveOf({5e7, 6e7}, {3.0, 4.0}, {0.0, 0.0}).getRange(range, kLogarithmicScale, kLogarithmicScale);
+  EXPECT_DOUBLE_EQ(range.xMin, 1e7);
+  EXPECT_DOUBLE_EQ(range.xMax, 1e10);
+  EXPECT_DOUBLE_EQ(range.yMin, 0.01);
+  EXPECT_DOUBLE_EQ(range.yMax, 10.0);
 }
 
 TEST(SpectrumCurveTest, ValuesThatAreNotFiniteDoNotSpoilTheRange) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QPainter>
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -15,7 +16,12 @@ class CurveSample : public CurveGraph {
   explicit CurveSample(const PlotRect& extent, std::string readOut = {}, int legendLines = 1)
       : extent_(extent), readOut_(std::move(readOut)), legendLines_(legendLines) {}
 
-  [[nodiscard]] PlotRect extent() const override { return extent_; }
+  void getRange(TMinMax& range) const override {
+    range.xMin = std::min(range.xMin, extent_.xMin);
+    range.xMax = std::max(range.xMax, extent_.xMax);
+    range.yMin = std::min(range.yMin, extent_.yMin);
+    range.yMax = std::max(range.yMax, extent_.yMax);
+  }
   void draw(const GraphPainter& target) const override {
     target.painter.fillRect(QRectF(0.0, 0.0, target.view.panelWidth(), target.view.panelHeight()), Qt::red);
   }

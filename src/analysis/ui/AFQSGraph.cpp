@@ -53,12 +53,6 @@ void AFQSGraph::getRange(TMinMax& range) const {
   curve_.getRange(range, scaleMode(frame_.scaleX()), scaleMode(frame_.scaleY()));
 }
 
-PlotRect AFQSGraph::extent() const {
-  TMinMax range;
-  getRange(range);
-  return {range.xMin, range.xMax, range.yMin, range.yMax};
-}
-
 QPointF AFQSGraph::place(double freq, double flux, const PanelView& view) const {
   return {frame_.RPXtoGPX(freq, view), frame_.RPYtoGPY(flux, view)};
 }

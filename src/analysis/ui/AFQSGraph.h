@@ -32,9 +32,7 @@ class AFQSGraph final : public CurveGraph {
   /// The lines of legend.
   [[nodiscard]] std::vector<QString> legend() const;
 
-  /// Extends the frame's range so that this curve has room.
-  void getRange(TMinMax& range) const;
-  [[nodiscard]] PlotRect extent() const override;
+  void getRange(TMinMax& range) const override;
   void draw(const GraphPainter& target) const override;
   [[nodiscard]] int legendLines() const override { return fitName_.isEmpty() ? 1 : 2; }
   void drawLegend(QPainter& painter, const QRectF& place) const override;
