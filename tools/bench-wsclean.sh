@@ -40,7 +40,7 @@ import json, sys
 def seconds(phase):
     found = [phase["seconds"]] if phase["name"] == sys.argv[1] else []
     return sum((seconds(part) for part in phase.get("parts", [])), found)
-print(seconds(json.load(sys.stdin)["phases"])[0])' "$name"
+print(seconds(json.load(sys.stdin)["timing"])[0])' "$name"
   done | least
 }
 

@@ -57,8 +57,8 @@ class Growth:
         words = [self.cli, "run", "--folder", self.path("maps"), "--half-size", f"{size}", "--order", str(terms),
                  "--iterations", str(iterations), "--json", *files]
         runs = [load.run(words) for _ in range(self.repeats)]
-        phases = [json.loads(r.output)["phases"] for r in runs]
-        return [min(seconds(p, *column) for p in phases) for column in columns] + [max(r.anonymous for r in runs)]
+        timings = [json.loads(r.output)["timing"] for r in runs]
+        return [min(seconds(t, *column) for t in timings) for column in columns] + [max(r.anonymous for r in runs)]
 
     def show(self, title, size, per, heads, rows, scale=lambda n: n):
         """rows: (n, then a number for each head); scale: what of n the fit is linear in."""

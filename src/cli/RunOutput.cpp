@@ -57,6 +57,20 @@ Json memoryJson(const RunMemory& memory) {
 }
 
 /// `whole` is what shares are taken of, seconds.
+/// Seconds by name; that of a part is behind those of what it is a part of but the whole's: "run/image/grid".
+void addSeconds(const PhaseTime& phase, const std::string& before, Json& seconds) {
+  for (const PhaseTime& part : phase.parts) {
+    seconds[before + part.name] = part.seconds;
+    addSeconds(part, before + part.name + "/", seconds);
+  }
+}
+
+Json secondsJson(const PhaseTime& whole) {
+  Json seconds{{whole.name, whole.seconds}};
+  addSeconds(whole, "", seconds);
+  return seconds;
+}
+
 Json phaseJson(const PhaseTime& phase, double whole) {
   Json object{
       {"name", phase.name}, {"seconds", phase.seconds}, {"share", finiteOrNull(phase.seconds / whole)}};
@@ -146,7 +160,8 @@ Json runJson(const RunReport& report, const RunSettings& settings, const PhaseTi
               {"iterations", report.iterations},
               {"stopped", report.stopped},
               {"total_flux", finiteOrNull(report.totalFlux)},
-              {"phases", phaseJson(process, process.seconds)}};
+              {"phases", secondsJson(process)},
+              {"timing", phaseJson(process, process.seconds)}};
   if (!report.status.ok()) object["error"] = failureJson(report.status);
   return object;
 }

@@ -22,12 +22,19 @@ namespace {
 
 using namespace lumo;
 
-/// The arguments, last first as CLI11 takes them. "-.5" would be read as a short option; "-0.5" is not.
+/// The arguments, last first as CLI11 takes them. "-.5" would be read as a short option; "-0.5" is not. After
+/// "--prefix=" the next argument would be taken as the value; after "--prefix" and "" it is not.
 std::vector<std::string> reversedArguments(int argc, char** argv) {
-  std::vector<std::string> arguments(argv + 1, argv + argc);
-  for (std::string& argument : arguments)
+  std::vector<std::string> arguments;
+  for (int i = 1; i < argc; ++i) {
+    std::string argument = argv[i];
     if (argument.size() > 2 && argument.starts_with("-.") && argument[2] >= '0' && argument[2] <= '9')
       argument.insert(1, "0");
+    const bool empty = argument.starts_with("--") && argument.find('=') == argument.size() - 1;
+    if (empty) argument.pop_back();
+    arguments.push_back(argument);
+    if (empty) arguments.emplace_back();
+  }
   return {arguments.rbegin(), arguments.rend()};
 }
 

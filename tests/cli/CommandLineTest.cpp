@@ -113,6 +113,11 @@ TEST_F(CommandLineTest, RefusedValuesExitWithTwoAndNameTheField) {
   EXPECT_FALSE(test::exists(folder_.file("maps")));
 }
 
+TEST_F(CommandLineTest, AnOptionWithoutAValueBehindItsEqualsSignIsEmpty) {
+  ASSERT_EQ(runOn(simulated(), {"--order", "1", "--iterations", "1", "--prefix=", "--nonnegative"}), 0) << err_;
+  EXPECT_TRUE(test::exists(folder_.file("maps/^bm0.exm")));
+}
+
 TEST_F(CommandLineTest, JsonOfARunHasItsKeysAndNothingElseOnStandardOutput) {
   const Words files = simulated();
   ASSERT_EQ(runOn(files, {"--iterations", "20", "--json", "--shift", "-.0005,0.0003"}), 0) << err_;
@@ -123,7 +128,11 @@ TEST_F(CommandLineTest, JsonOfARunHasItsKeysAndNothingElseOnStandardOutput) {
   EXPECT_EQ(json["settings"]["order"], 2);
   EXPECT_EQ(json["settings"]["shift_arcsec"][0], -0.0005);
   EXPECT_FALSE(json.contains("error"));
-  EXPECT_TRUE(json["phases"].is_object());
+  const auto& run = json["timing"]["parts"][1];
+  EXPECT_EQ(json["phases"]["process"], json["timing"]["seconds"]);
+  EXPECT_EQ(json["phases"]["run"], run["seconds"]);
+  EXPECT_EQ(json["phases"]["run/check"], run["parts"][0]["seconds"]);
+  EXPECT_GT(json["phases"]["run/image/grid/read"], 0.0);
   // 3 beams, 2 dirty maps, residual, 2 x 2 CLEAN maps, frequency range, index map.
   ASSERT_EQ(json["products"].size(), 12u);
   for (const auto& product : json["products"]) {

@@ -120,7 +120,7 @@ double sumOfParts(const json& phase) {
 
 TEST_F(PreFlightRunTest, ThePhasesAccountForTheTimeOfTheProcess) {
   simulate({"--bands", "4800,5000", "--ifs", "4", "--channels", "8", "--interval", "30"});
-  const json process = run({"--half-size", "1024", "--order", "2", "--iterations", "300"})["phases"];
+  const json process = run({"--half-size", "1024", "--order", "2", "--iterations", "300"})["timing"];
   const double seconds = process["seconds"];
   EXPECT_EQ(process["name"], "process");
   EXPECT_EQ(process["share"], 1);
