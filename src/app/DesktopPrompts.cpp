@@ -22,8 +22,7 @@ bool DesktopPrompts::confirm(QWidget* parent, const QString& text) {
 
 QStringList DesktopPrompts::chooseFiles(QWidget* parent, const QString& folder) {
   // What is shown of a filter ends before its last parenthesis, which holds what it means.
-  QFileDialog dialog(parent, "Add UVX files", folder,
-                     "ZEL file (*.UVX) (*.uvx *.UVX);;All files (*.*) (*)");
+  QFileDialog dialog(parent, "Add UVX files", folder, "ZEL file (*.UVX) (*.uvx *.UVX);;All files (*.*) (*)");
   dialog.setOption(QFileDialog::HideNameFilterDetails);
   dialog.setFileMode(QFileDialog::ExistingFiles);
   dialog.setDefaultSuffix("uvx");

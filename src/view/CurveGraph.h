@@ -13,8 +13,8 @@ namespace lumo {
 /// coordinates of the frame (axisCoordinate()).
 class CurveGraph : public AGraph {
  public:
-  /// Extends x and y of the frame's range, in the axes' values, so that this curve has room. What has no place
-  /// on an axis does not count; where there is nothing to show the range stays as it is.
+  /// Extends x and y of the frame's range, in the axes' values, so that this curve has room. What has no
+  /// place on an axis does not count; where there is nothing to show the range stays as it is.
   virtual void getRange(TMinMax& range) const = 0;
   /// What getRange() makes of an unset range.
   [[nodiscard]] PlotRect extent() const final {

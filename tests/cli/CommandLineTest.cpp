@@ -114,7 +114,8 @@ TEST_F(CommandLineTest, RefusedValuesExitWithTwoAndNameTheField) {
 }
 
 TEST_F(CommandLineTest, AnOptionWithoutAValueBehindItsEqualsSignIsEmpty) {
-  ASSERT_EQ(runOn(simulated(), {"--order", "1", "--iterations", "1", "--prefix=", "--nonnegative"}), 0) << err_;
+  ASSERT_EQ(runOn(simulated(), {"--order", "1", "--iterations", "1", "--prefix=", "--nonnegative"}), 0)
+      << err_;
   EXPECT_TRUE(test::exists(folder_.file("maps/^bm0.exm")));
 }
 

@@ -5,6 +5,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QHelpEvent>
+#include <QLayout>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QToolTip>
@@ -18,6 +19,7 @@
 #include "gui/GuiScript.h"
 #include "gui/MainDialogFixture.h"
 #include "support/TempFolder.h"
+#include "view/LegendLine.h"
 
 namespace lumo {
 namespace {
@@ -130,6 +132,15 @@ TEST_F(SpectrumGraphTest, TwoAreasGiveTwoCurvesEachWithItsOwnLegendLine) {
             "Reference freq: 1500[MHz], Reference intensity: 0.25, Spectral index: -0.75 ");
   EXPECT_EQ(dialog_->curves()[1]->legend()[0],
             "Reference freq: 1500[MHz], Reference intensity: 2, Spectral index: 0.5 ");
+}
+
+TEST_F(SpectrumGraphTest, ItOpensWideEnoughForLegendsOfAllDigits) {
+  const AResizeMultiAxisDlg dialog(graphOf({steep(0.49038282028092529, -0.75123456789012345, 0.01)}));
+  AMultiAxisDlgWnd& window = dialog.graphWindow();
+  const QString legend = dialog.curves()[0]->legend()[0];
+  EXPECT_GT(legend.size(), 80);
+  dialog.layout()->activate();
+  EXPECT_GE(window.width(), legendLineWidth(window.font(), window.frame()->fontHeight(), legend));
 }
 
 TEST_F(SpectrumGraphTest, LegendsStandBelowEachOtherInTheColoursOfTheirCurves) {

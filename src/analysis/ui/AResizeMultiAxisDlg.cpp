@@ -7,6 +7,7 @@
 #include <QHelpEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QToolTip>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -16,6 +17,7 @@
 #include "analysis/SpectrumFit.h"
 #include "analysis/ui/AFQSGraph.h"
 #include "core/PendingFile.h"
+#include "view/LegendLine.h"
 #include "view/OutputDialogs.h"
 
 namespace lumo {
@@ -56,6 +58,20 @@ AResizeMultiAxisDlg::AResizeMultiAxisDlg(SpectrumGraph graph, QWidget* parent)
   layout->addWidget(window_, 1);
   layout->addLayout(makeButtons());
   window_->setFocus();
+  makeRoomForLegends();
+}
+
+/// Opens as wide as the legends in full size, if the screen is.
+void AResizeMultiAxisDlg::makeRoomForLegends() {
+  const double h = window_->frame()->fontHeight();
+  double width = 0.0;
+  for (const AFQSGraph* const curve : curves_)
+    for (const QString& line : curve->legend())
+      width = std::max(width, legendLineWidth(window_->font(), h, line));
+  const QSize usual = sizeHint();
+  const int around = usual.width() - window_->sizeHint().width() + static_cast<int>(2.0 * h);
+  resize(
+      usual.expandedTo({std::min(static_cast<int>(width) + around, screen()->availableSize().width()), 0}));
 }
 
 std::unique_ptr<AMSD2DAxisMulti> AResizeMultiAxisDlg::makeFrame() {

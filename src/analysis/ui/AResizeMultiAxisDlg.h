@@ -42,6 +42,7 @@ class AResizeMultiAxisDlg : public QDialog {
   [[nodiscard]] std::unique_ptr<AMSD2DAxisMulti> makeFrame();
   [[nodiscard]] QLayout* makeTools();
   [[nodiscard]] QLayout* makeButtons();
+  void makeRoomForLegends();
   void changeScales();
   void changeColours();
   void changeFit();

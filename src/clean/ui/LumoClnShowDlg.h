@@ -17,7 +17,8 @@ class LumoClnShowDlg final : public QDialog {
   Q_OBJECT
 
  public:
-  /// Shows both maps where they are: they must outlive the dialog. `showsGraphs`: whether "Convergence" is checked at first.
+  /// Shows both maps where they are: they must outlive the dialog. `showsGraphs`: whether "Convergence" is
+  /// checked at first.
   explicit LumoClnShowDlg(const CleanViewModel& model, QWidget* parent = nullptr, bool showsGraphs = true);
 
   [[nodiscard]] LumoAxisWnd& restoredWindow() const { return *restored_; }
