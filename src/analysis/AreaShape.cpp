@@ -29,12 +29,20 @@ bool onEdge(AreaPoint a, AreaPoint b, AreaPoint p) {
          p.y >= std::min(a.y, b.y) && p.y <= std::max(a.y, b.y);
 }
 
-bool insidePolygon(const std::vector<AreaPoint>& vertices, AreaPoint p) {
+bool nearEdge(AreaPoint a, AreaPoint b, AreaPoint p, double margin) {
+  const AreaPoint edge{b.x - a.x, b.y - a.y};
+  const double square = edge.x * edge.x + edge.y * edge.y;
+  const double along = square > 0 ? ((p.x - a.x) * edge.x + (p.y - a.y) * edge.y) / square : 0.0;
+  const double t = std::clamp(along, 0.0, 1.0);
+  return std::hypot(a.x + t * edge.x - p.x, a.y + t * edge.y - p.y) <= margin;
+}
+
+bool insidePolygon(const std::vector<AreaPoint>& vertices, AreaPoint p, double margin) {
   bool inside = false;
   for (std::size_t i = 0, last = vertices.size() - 1; i < vertices.size(); last = i++) {
     const AreaPoint& a = vertices[i];
     const AreaPoint& b = vertices[last];
-    if (onEdge(a, b, p)) return true;
+    if (onEdge(a, b, p) || nearEdge(a, b, p, margin)) return true;
     const bool crosses = (a.y > p.y) != (b.y > p.y);
     if (crosses && p.x < a.x + (b.x - a.x) * ((p.y - a.y) / (b.y - a.y))) inside = !inside;
   }
@@ -94,17 +102,19 @@ AreaPoint AreaShape::mapCoordinates(AreaPoint own) const {
   return {centre.x + own.x * axis.x - own.y * axis.y, centre.y + own.x * axis.y + own.y * axis.x};
 }
 
-bool AreaShape::contains(AreaPoint point) const {
-  if (kind == AreaKind::kPolygon) return vertices.size() > 2 && insidePolygon(vertices, point);
+bool AreaShape::contains(AreaPoint point, double margin) const {
+  if (kind == AreaKind::kPolygon) return vertices.size() > 2 && insidePolygon(vertices, point, margin);
   if (kind == AreaKind::kCircle) {
     const double x = point.x - centre.x;
     const double y = point.y - centre.y;
-    return x * x + y * y <= sizeX * sizeX;
+    const double reach = std::abs(sizeX) + margin;
+    return x * x + y * y <= reach * reach;
   }
   const AreaPoint own = ownCoordinates(point);
-  if (kind == AreaKind::kRectangle) return std::abs(own.x) <= sizeX / 2.0 && std::abs(own.y) <= sizeY / 2.0;
-  const double x = own.x / sizeX;
-  const double y = own.y / sizeY;
+  if (kind == AreaKind::kRectangle)
+    return std::abs(own.x) <= sizeX / 2.0 + margin && std::abs(own.y) <= sizeY / 2.0 + margin;
+  const double x = own.x / (std::abs(sizeX) + margin);
+  const double y = own.y / (std::abs(sizeY) + margin);
   return x * x + y * y <= 1.0;
 }
 
@@ -135,13 +145,18 @@ void forEachPixel(const AreaShape& area, std::uint32_t rows, std::uint32_t colum
                   const std::function<void(std::uint32_t, std::uint32_t)>& take) {
   const PixelAxis xAxis = pixelAxis(range.xMin, range.xMax, columns);
   const PixelAxis yAxis = pixelAxis(range.yMin, range.yMax, rows);
+  // An outline through centres of pixels holds them wherever it lies, whatever their places in arcseconds
+  // were rounded to.
+  constexpr double kPixels = 1e-6;
+  const double margin = kPixels * std::min(std::abs(xAxis.step), std::abs(yAxis.step));
   const TMinMax box = area.bounds();
   for (std::uint32_t row = 0; row < rows; ++row) {
     const double y = (row + 1.0 - yAxis.reference) * yAxis.step;
-    if (!(y >= box.yMin && y <= box.yMax)) continue;
+    if (!(y >= box.yMin - margin && y <= box.yMax + margin)) continue;
     for (std::uint32_t column = 0; column < columns; ++column) {
       const double x = (column + 1.0 - xAxis.reference) * xAxis.step;
-      if (x >= box.xMin && x <= box.xMax && area.contains({x, y})) take(row, column);
+      if (x >= box.xMin - margin && x <= box.xMax + margin && area.contains({x, y}, margin))
+        take(row, column);
     }
   }
 }

@@ -46,18 +46,20 @@ struct AreaShape {
   /// quarter turns are exact.
   [[nodiscard]] AreaPoint ownCoordinates(AreaPoint place) const;
   [[nodiscard]] AreaPoint mapCoordinates(AreaPoint own) const;
-  [[nodiscard]] bool contains(AreaPoint point) const;
+  /// Points that lie up to `margin` arcseconds outside count too.
+  [[nodiscard]] bool contains(AreaPoint point, double margin = 0.0) const;
   /// A box (x and y of the range) that no point of the area lies outside of.
   [[nodiscard]] TMinMax bounds() const;
 };
 
-/// Calls `take(row, column)` for the pixels whose centres lie inside the area, row by row.
+/// Calls `take(row, column)` for the pixels whose centres lie inside the area or, up to a millionth of a pixel,
+/// on its outline, row by row.
 /// @param range  the map's, of rows × columns pixels: x of the first and last column, y of the first and last
 ///               row.
 void forEachPixel(const AreaShape& area, std::uint32_t rows, std::uint32_t columns, const TMinMax& range,
                   const std::function<void(std::uint32_t, std::uint32_t)>& take);
 
-/// Sets the bits of the pixels whose centres lie inside the area and leaves the others as they are.
+/// Sets the bits of forEachPixel()'s pixels and leaves the others as they are.
 /// @param mask   [rows][columns], of the map's size.
 /// @param range  the map's: x of the first and last column, y of the first and last row.
 void fillMask(const AreaShape& area, ABitMatrix& mask, const TMinMax& range);

@@ -95,6 +95,41 @@ TEST(AreaShapeTest, RotatedRectangleIsTheSquareOnItsTip) {
   EXPECT_FALSE(area.contains({0.9, 0.9}));
 }
 
+TEST(AreaShapeTest, AnOutlineThroughCentresHoldsThemWhereverItLies) {
+  // Steps that are not exact in binary, so that centres and outlines are rounded.
+  constexpr double kStep = 1e-3 / 7;
+  constexpr std::uint32_t kSize = 40;
+  const TMinMax range = wideRange(kSize, kStep);
+  for (int row = -16; row < 16; ++row) {
+    for (int column = -16; column < 16; ++column) {
+      SCOPED_TRACE(std::to_string(row) + " " + std::to_string(column));
+      const AreaPoint at{column * kStep, row * kStep};
+      const auto corner = [&](int x, int y) {
+        return AreaPoint{(column + x) * kStep, (row + y) * kStep};
+      };
+      const double side = 4 * kStep;
+      EXPECT_EQ(pixelCount(AreaShape::rectangle(at, side, side), kSize, range), 25);
+      EXPECT_EQ(pixelCount(AreaShape::rectangle(at, side, side / 2, 90), kSize, range), 15);
+      EXPECT_EQ(pixelCount(AreaShape::circle(at, 2 * kStep), kSize, range), 13);
+      EXPECT_EQ(pixelCount(AreaShape::ellipse(at, 2 * kStep, kStep), kSize, range), 7);
+      EXPECT_EQ(pixelCount(AreaShape::polygon({corner(-2, -2), corner(2, -2), corner(2, 2), corner(-2, 2)}),
+                           kSize, range),
+                25);
+      // Along the diagonals.
+      EXPECT_EQ(pixelCount(AreaShape::polygon({corner(-2, 0), corner(0, -2), corner(2, 0), corner(0, 2)}),
+                           kSize, range),
+                13);
+    }
+  }
+}
+
+TEST(AreaShapeTest, WhatLiesClearlyOutsideOfAnOutlineIsOutside) {
+  constexpr double kStep = 1e-3 / 7;
+  const TMinMax range = wideRange(16, kStep);
+  EXPECT_EQ(pixelCount(AreaShape::rectangle({0, 0}, 3.9999 * kStep, 3.9999 * kStep), 16, range), 9);
+  EXPECT_EQ(pixelCount(AreaShape::circle({0, 0}, 1.9999 * kStep), 16, range), 9);
+}
+
 TEST(AreaShapeTest, PolygonHoldsItsInsideAndItsOutline) {
   using Lines = std::vector<std::string>;
   const AreaShape triangle = AreaShape::polygon({{-1, -0.5}, {1, -0.5}, {-1, 0.5}});
