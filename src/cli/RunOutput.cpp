@@ -136,9 +136,12 @@ void printRun(const RunReport& report, const PhaseTime& process) {
       std::printf("cancelled: the %zu products above were kept, whole; the rest was not made\n", written);
     return;
   }
-  if (report.iterations == 0 && report.products.empty()) return;
-  std::printf("%s after %d iterations, total flux %s\n", report.stopped ? "CLEAN stopped" : "CLEAN done",
-              report.iterations, nValToStr(report.totalFlux, 6).c_str());
+  if (report.products.empty()) return;
+  if (report.cleaned)
+    std::printf("%s after %d iterations, total flux %s\n", report.stopped ? "CLEAN stopped" : "CLEAN done",
+                report.iterations, nValToStr(report.totalFlux, 6).c_str());
+  else
+    std::printf("no CLEAN\n");
   printPhase(process, process.seconds, 0);
 }
 

@@ -63,6 +63,8 @@ Status RunDriver::runPhases(UvxFileList& files) {
   if (company_.indicators.cancelled()) return {StatusCode::kCancelled, "cancelled before the CLEAN"};
   // Without all of its maps and beams CLEAN would take what an earlier run left under their names.
   const Status cleaned = firstUnwritten_.ok() ? clean() : firstUnwritten_;
+  report_.cleaned = cleaned.ok();
+  if (!cleaned.ok() && cleaned.code() != StatusCode::kCancelled) missCleanProducts();
   report_.largestFrequencyOffset = largestFrequencyOffset(inputs_, report_.survey);
   writeFrequencyRange();
   finishIndexMap();
@@ -154,6 +156,18 @@ Status RunDriver::clean() {
   addPhase(std::move(phase));
   addProducts(cleaned.products);
   return cleaned.status;
+}
+
+/// Reports what a CLEAN that did not run would have written.
+void RunDriver::missCleanProducts() {
+  const std::string& folder = parameters_.folder;
+  const std::string& prefix = parameters_.prefix;
+  const Status missed(StatusCode::kNotFound, "cannot be made: there was no CLEAN");
+  addProduct(residualName(folder, prefix), missed);
+  for (std::int32_t k = 0; k < parameters_.order; ++k) {
+    addProduct(cleanName(folder, prefix, k), missed);
+    addProduct(cleanResName(folder, prefix, k), missed);
+  }
 }
 
 void RunDriver::writeFrequencyRange() {

@@ -71,6 +71,7 @@ class RunDriver {
   Status inspect(const ABMakeParameters& imaging, const MemoryRoom& room);
   Status image(const ABMakeParameters& imaging);
   Status clean();
+  void missCleanProducts();
   void writeFrequencyRange();
   void finishIndexMap();
   Status finishErrorMap();

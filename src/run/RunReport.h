@@ -30,6 +30,7 @@ struct RunReport {
   std::vector<RunProduct> products;
   FrequencySurvey survey;
   PreFlight preFlight;          ///< without files when the run ended before it was made
+  bool cleaned = false;         ///< there was a CLEAN, of whatever number of iterations
   std::int32_t iterations = 0;  ///< CLEAN iterations done
   bool stopped = false;         ///< CLEAN was stopped before its last iteration
   double totalFlux = 0;         ///< sum of the zero-order components, map units

@@ -419,6 +419,18 @@ TEST_F(RunDriverTest, AProductThatCannotBeWrittenIsReportedAfterTheOthers) {
   }
 }
 
+TEST_F(RunDriverTest, WithoutABeamTheCleanIsNotDoneAndItsProductsAreReported) {
+  std::filesystem::create_directories(work_.file("MFS^bm1.exm/stays"));
+  const RunReport report = run();
+  EXPECT_EQ(report.status.file(), work_.file("MFS^bm1.exm"));
+  EXPECT_FALSE(report.cleaned);
+  std::vector<std::string> missing;
+  for (const RunProduct& product : report.products)
+    if (!product.written) missing.push_back(product.name);
+  EXPECT_EQ(missing, (std::vector<std::string>{"^bm1.exm", "^residual0.exm", "^cln0.exm", "^cln_res0.exm",
+                                               "^cln1.exm", "^cln_res1.exm", "^sindex.exm"}));
+}
+
 TEST_F(RunDriverTest, AnIndexMapIsNotMadeFromACleanMapThatWasNotWritten) {
   std::filesystem::create_directories(work_.file("MFS^cln1.exm/stays"));
   const RunReport report = run();
