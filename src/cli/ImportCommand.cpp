@@ -51,6 +51,7 @@ void ImportCommand::declare(CLI::App& program) {
 
 int ImportCommand::run() {
   int result = kExitDone;
+  options_.inputs = inputs_;
   for (const std::string& input : inputs_) {
     ImportReport report;
     Status status;

@@ -119,14 +119,25 @@ Status RunCommand::prepare() {
 }
 
 Status RunCommand::checkLog() const {
-  FileIdentity log;
-  if (log_.empty() || !identifyFile(log_, log)) return {};
-  for (const std::string& file : files_) {
-    FileIdentity input;
-    if (identifyFile(file, input) && input == log)
-      return wrongUsage("--log " + log_ + " is an input of the run");
-  }
+  if (log_.empty()) return {};
+  if (isProductName(log_)) return wrongUsage("--log " + log_ + " has the name of a product of the run");
+  for (const std::string& file : files_)
+    if (isSameFile(file, log_)) return wrongUsage("--log " + log_ + " is an input of the run");
+  if (isSameFile(from_, log_)) return wrongUsage("--log " + log_ + " is the map of --from");
   return {};
+}
+
+/// Whether a file would lie in the work folder under a name that begins as those of the products do.
+bool RunCommand::isProductName(const std::string& path) const {
+  if (!fileName(path).starts_with(parameters_.prefix + "^")) return false;
+  const auto folderOf = [](const std::string& folder) {
+    return folder.empty() ? std::string(1, '.') : folder;
+  };
+  const std::string parent = folderOf(getfPath(path));
+  const std::string work = folderOf(parameters_.folder);
+  // Either may be still to be made.
+  return isSameFile(parent, work) || std::filesystem::path(parent + "/.").lexically_normal() ==
+                                         std::filesystem::path(work + "/.").lexically_normal();
 }
 
 Status RunCommand::addFiles() {

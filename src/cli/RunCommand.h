@@ -33,6 +33,7 @@ class RunCommand final : public Command {
   [[nodiscard]] Status makeFolder() const;
   /// The log must not take the place of an input.
   [[nodiscard]] Status checkLog() const;
+  [[nodiscard]] bool isProductName(const std::string& path) const;
   /// The same as prepare() for a run that is taken from the history of a map.
   [[nodiscard]] Status prepareFrom();
   [[nodiscard]] Status checkFromStandsAlone() const;

@@ -7,7 +7,6 @@
 
 #include "cli/Console.h"
 #include "cli/RunCommand.h"
-#include "core/FileIdentity.h"
 #include "core/Paths.h"
 #include "core/TextForm.h"
 #include "core/Version.h"
@@ -52,13 +51,7 @@ Status RunCommand::checkFromStandsAlone() const {
 }
 
 Status RunCommand::checkMapIsNoProduct() const {
-  FileIdentity mapFolder;
-  FileIdentity workFolder;
-  const std::string parent = getfPath(from_);
-  if (!identifyFile(parent.empty() ? "." : parent, mapFolder) ||
-      !identifyFile(parameters_.folder, workFolder) || mapFolder != workFolder ||
-      !fileName(from_).starts_with(parameters_.prefix + "^"))
-    return {};
+  if (!isProductName(from_)) return {};
   return {StatusCode::kInvalidValue,
           "the map of --from lies among the products that the run would replace; give another "
           "--folder or --prefix"};

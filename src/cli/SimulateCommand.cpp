@@ -37,6 +37,7 @@ void SimulateCommand::declare(CLI::App& program) {
 }
 
 int SimulateCommand::run() {
+  settings_.inputs = {sky_, array_};
   if (declinationOption_->count() != 0) settings_.declinationDeg = declination_;
   Status status = parseNumberList("--bands", bands_, settings_.bandsMhz);
   if (status.ok()) status = settings_.validate();

@@ -38,6 +38,17 @@ std::vector<std::string> reversedArguments(int argc, char** argv) {
   return {arguments.rbegin(), arguments.rend()};
 }
 
+/// An empty value is a slip, an unset variable of a shell perhaps, for all options but the prefix.
+void refuseEmptyValues(CLI::App& program) {
+  const auto check = [](const std::string& value) {
+    return value.empty() ? std::string("the value is empty") : std::string();
+  };
+  for (CLI::App* const command : program.get_subcommands({}))
+    for (CLI::Option* const option : command->get_options())
+      if (option->get_expected_max() > 0 && option->get_name() != "--prefix")
+        option->check(CLI::Validator(check, "", "not empty"));
+}
+
 int runProgram(int argc, char** argv) {
   CLI::App program("Multi-frequency synthesis imaging without a window", "lumo-cli");
   program.set_version_flag("--version", programVersion());
@@ -52,6 +63,7 @@ int runProgram(int argc, char** argv) {
   commands.push_back(std::make_unique<FitCommand>());
   commands.push_back(std::make_unique<PlotCommand>());
   for (const auto& command : commands) command->declare(program);
+  refuseEmptyValues(program);
   try {
     program.parse(reversedArguments(argc, argv));
   } catch (const CLI::ParseError& error) {

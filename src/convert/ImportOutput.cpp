@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "core/FileIdentity.h"
 #include "core/Paths.h"
 #include "core/TextForm.h"
 
@@ -112,9 +113,13 @@ Status outputPath(const std::string& input, const std::string& part, const Impor
   path = base + ".uvx";
   for (std::int64_t n = 2; contains(options.taken, path) || contains(written, path); ++n)
     path = base + "_" + toStr(n) + ".uvx";
-  if (fs::exists(path, error) && fs::equivalent(path, input, error))
+  if (isSameFile(path, input))
     return {StatusCode::kInvalidValue,
             "the output would overwrite the input itself; choose another output folder", path};
+  for (const std::string& other : options.inputs)
+    if (isSameFile(path, other))
+      return {StatusCode::kInvalidValue,
+              "the output would overwrite the input " + other + "; choose another output folder", path};
   return {};
 }
 

@@ -19,6 +19,7 @@ struct ImportOptions {
   /// CORRECTED_DATA where there is one, else DATA.
   std::string column = {};
   std::uint32_t average = 0;  ///< channels averaged into an IF of their own each; 0 leaves IFs as they are
+  std::vector<std::string> inputs = {};  ///< all of one command: never written over
 };
 
 struct ImportedFile {

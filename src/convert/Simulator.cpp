@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "convert/NoiseSource.h"
+#include "core/FileIdentity.h"
 #include "core/Leftovers.h"
 #include "core/Paths.h"
 #include "core/TextForm.h"
@@ -168,6 +169,10 @@ Status BandSimulation::makeSpectra() {
 
 Status BandSimulation::run(const RunIndicators& indicators, SimulatedFile& file) {
   file.path = withSeparator(settings_.folder) + sourceName(sky_) + "_" + megahertzText(bandMhz_) + ".uvx";
+  for (const std::string& input : settings_.inputs)
+    if (isSameFile(file.path, input))
+      return {StatusCode::kInvalidValue,
+              "the simulation would overwrite its input " + input + "; choose another folder", file.path};
   if (Status status = writer_.begin(file.path, makeContent()); !status.ok()) return status;
   if (Status status = makeSpectra(); !status.ok()) return status;
   const std::int64_t samples = sampleCount(settings_);

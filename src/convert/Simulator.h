@@ -30,6 +30,7 @@ struct SimulatorSettings {
   std::uint64_t seed = 1;                ///< of the noise
   double elevationLimitDeg = 15;         ///< an antenna observes while the source is at least this high
   std::string folder;                    ///< where the files go; made when missing
+  std::vector<std::string> inputs;       ///< files that are never written over
 
   /// Refuses values that cannot be observed with; the message starts with the name of the setting as on the
   /// command line ("bands", "ifs", "channels", "channel-width", "hours", "interval", "declination", "noise",

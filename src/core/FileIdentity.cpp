@@ -12,4 +12,10 @@ bool identifyFile(const std::string& path, FileIdentity& identity) {
   return true;
 }
 
+bool isSameFile(const std::string& one, const std::string& other) {
+  FileIdentity first;
+  FileIdentity second;
+  return identifyFile(one, first) && identifyFile(other, second) && first == second;
+}
+
 }  // namespace lumo

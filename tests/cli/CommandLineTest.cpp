@@ -119,6 +119,34 @@ TEST_F(CommandLineTest, AnOptionWithoutAValueBehindItsEqualsSignIsEmpty) {
   EXPECT_TRUE(test::exists(folder_.file("maps/^bm0.exm")));
 }
 
+TEST_F(CommandLineTest, EmptyValuesOfOtherOptionsAreRefused) {
+  const Words files = simulated();
+  for (const Words& options : {Words{"--threshold="}, Words{"--index-min", ""}, Words{"--half-size", ""},
+                               Words{"--log="}, Words{"--gain", ""}, Words{"--kernel", ""}}) {
+    EXPECT_EQ(runOn(files, options), 2) << options[0];
+    EXPECT_NE(err_.find("empty"), std::string::npos) << err_;
+  }
+  EXPECT_FALSE(test::exists(folder_.file("maps")));
+}
+
+TEST_F(CommandLineTest, NoCommandWritesOverItsInputs) {
+  const Words files = simulated();
+  const std::string sky = test::readFile(folder_.file("sky.json"));
+  test::writeFile(folder_.file("uvx/sky_4900.uvx"), sky);
+  EXPECT_EQ(run({"simulate", "--sky", folder_.file("uvx/sky_4900.uvx"), "--array", "vlba", "--bands", "4900",
+                 "--out", folder_.file("uvx")}),
+            1);
+  EXPECT_EQ(test::readFile(folder_.file("uvx/sky_4900.uvx")), sky);
+  // A product of the run, also one to come, and the map that the run repeats.
+  const std::string map = folder_.file("maps/MFS^cln0.exm");
+  EXPECT_EQ(runOn(files, {"--iterations", "1", "--log", map}), 2);
+  EXPECT_FALSE(test::exists(folder_.file("maps")));
+  ASSERT_EQ(runOn(files, {"--iterations", "1"}), 0) << err_;
+  const std::string made = test::readFile(map);
+  EXPECT_EQ(run({"run", "--from", map, "--folder", folder_.file("again"), "--log", map}), 2);
+  EXPECT_EQ(test::readFile(map), made);
+}
+
 TEST_F(CommandLineTest, JsonOfARunHasItsKeysAndNothingElseOnStandardOutput) {
   const Words files = simulated();
   ASSERT_EQ(runOn(files, {"--iterations", "20", "--json", "--shift", "-.0005,0.0003"}), 0) << err_;

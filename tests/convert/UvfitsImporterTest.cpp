@@ -257,6 +257,16 @@ TEST_F(UvfitsImporterTest, AnOutputOfTheSameCommandIsNotWrittenOver) {
   EXPECT_EQ(report_.files.at(0).path, folder_.file("out/data_2.uvx"));
 }
 
+TEST_F(UvfitsImporterTest, AnotherInputOfTheSameCommandIsNotWrittenOver) {
+  UvfitsBuilder builder;
+  builder.add(0.1, 0.2, 258, 1, 0, 1);
+  std::filesystem::create_directory(folder_.file("out"));
+  test::writeFile(folder_.file("out/data.uvx"), "to come");
+  options_.inputs = {folder_.file("other.uvf"), folder_.file("out/../out/data.uvx")};
+  EXPECT_THAT(import(builder).message(), HasSubstr("overwrite the input"));
+  EXPECT_EQ(test::readFile(folder_.file("out/data.uvx")), "to come");
+}
+
 TEST_F(UvfitsImporterTest, ACancelledImportLeavesNothing) {
   UvfitsBuilder builder;
   builder.add(0.1, 0.2, 258, 1, 0, 1);
