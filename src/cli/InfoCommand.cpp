@@ -71,8 +71,11 @@ void printMap(const std::string& path, const LoadedMap& map) {
   std::printf("  beam %.6g x %.6g arcsec at %.4g deg\n", h.beamMajor, h.beamMinor, h.beamPa);
   std::printf("  x %.6g .. %.6g, y %.6g .. %.6g arcsec\n", map.range.xMin, map.range.xMax, map.range.yMin,
               map.range.yMax);
-  std::printf("  values %.6g .. %.6g, %zu blank pixels\n", static_cast<double>(pixels.min),
-              static_cast<double>(pixels.max), pixels.blank);
+  if (pixels.min > pixels.max)
+    std::printf("  no values, %zu blank pixels\n", pixels.blank);
+  else
+    std::printf("  values %.6g .. %.6g, %zu blank pixels\n", static_cast<double>(pixels.min),
+                static_cast<double>(pixels.max), pixels.blank);
   for (const std::string& line : h.history) std::printf("  HISTORY %s\n", printable(line).c_str());
 }
 

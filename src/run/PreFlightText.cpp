@@ -7,6 +7,7 @@
 #include "core/TextForm.h"
 #include "core/Units.h"
 #include "run/PreFlight.h"
+#include "run/RunParameters.h"
 
 namespace lumo {
 
@@ -44,13 +45,15 @@ void warnOfSources(const PreFlight& preFlight, std::vector<std::string>& warning
 
 void warnOfTerms(const PreFlight& preFlight, std::int32_t order, std::vector<std::string>& warnings) {
   const bool any = preFlight.highestHz > 0;
-  if (any && (preFlight.lowestHz > preFlight.referenceHz || preFlight.highestHz < preFlight.referenceHz))
+  const double reference = preFlight.referenceHz * kMegahertzPerHertz;
+  const double lowest = preFlight.lowestHz * kMegahertzPerHertz;
+  const double highest = preFlight.highestHz * kMegahertzPerHertz;
+  if (any && (reference < lowest - centerTolerance(lowest) || reference > highest + centerTolerance(highest)))
     warnings.push_back(
         formatted("the reference frequency %.6f MHz lies outside the usable data (%.6f to %.6f MHz): the "
                   "maps are extrapolated "
                   "to it; choose one between them",
-                  preFlight.referenceHz * kMegahertzPerHertz, preFlight.lowestHz * kMegahertzPerHertz,
-                  preFlight.highestHz * kMegahertzPerHertz));
+                  reference, lowest, highest));
   if (preFlight.distinctFrequencies < order)
     warnings.push_back(formatted("order %d needs as many different frequencies, the usable data have %d",
                                  order, preFlight.distinctFrequencies));

@@ -22,12 +22,6 @@ struct Rule {
   double upper;
 };
 
-// "Center" shows six digits, so what it shows may lie this far outside the surveyed range.
-double widening(double megahertz) {
-  if (!std::isfinite(megahertz) || megahertz == 0) return kKilohertzInMhz;
-  return std::max(kKilohertzInMhz, std::pow(10.0, std::floor(std::log10(std::abs(megahertz))) - 5));
-}
-
 Rule ruleOf(RunField field, const FrequencySurvey& survey) {
   switch (field) {
     case RunField::kIterations:
@@ -41,7 +35,7 @@ Rule ruleOf(RunField field, const FrequencySurvey& survey) {
     case RunField::kReference: {
       const double lowest = survey.minHz * kMegahertzPerHertz;
       const double highest = survey.maxHz * kMegahertzPerHertz;
-      return {false, lowest - widening(lowest), highest + widening(highest)};
+      return {false, lowest - centerTolerance(lowest), highest + centerTolerance(highest)};
     }
     case RunField::kIndexMin:
     case RunField::kIndexMax:
@@ -76,6 +70,11 @@ ParameterProblem errorMapProblem(const FrequencySurvey& survey) {
 }
 
 }  // namespace
+
+double centerTolerance(double megahertz) {
+  if (!std::isfinite(megahertz) || megahertz == 0) return kKilohertzInMhz;
+  return std::max(kKilohertzInMhz, std::pow(10.0, std::floor(std::log10(std::abs(megahertz))) - 5));
+}
 
 const char* runFieldName(RunField field) {
   switch (field) {

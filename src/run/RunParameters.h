@@ -38,6 +38,10 @@ enum class RunField { kIterations, kIndexThreshold, kIndexMin, kIndexMax, kOrder
 /// The field's name as the dialog shows it, e.g. "CLEAN Iterations".
 [[nodiscard]] const char* runFieldName(RunField field);
 
+/// MHz by which a reference frequency may lie outside the selected ones near this frequency, MHz: "Center"
+/// rounds down to a kHz and shows six digits.
+[[nodiscard]] double centerTolerance(double megahertz);
+
 /// A value that a run does not accept.
 struct ParameterProblem {
   RunField field;

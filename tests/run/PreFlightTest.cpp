@@ -188,6 +188,14 @@ TEST_F(PreFlightTest, AReferenceBesideTheUsableDataIsWarnedOf) {
   EXPECT_THAT(preFlightWarnings(result_, 1), IsEmpty());
 }
 
+TEST_F(PreFlightTest, AReferenceRoundedDownFromTheOnlyFrequencyIsNotWarnedOf) {
+  test::UvxSample sample;
+  sample.selections = {{1, {1.4000004e9}}};
+  add("a.uvx", sample);
+  inspect(1);  // at 1400 MHz
+  EXPECT_THAT(preFlightWarnings(result_, 1), Not(Contains(HasSubstr("reference frequency"))));
+}
+
 TEST_F(PreFlightTest, FilesOfDifferentSourcesAreWarnedOf) {
   add("a.uvx", {});
   add("b.uvx", {});
