@@ -55,7 +55,7 @@ void RunCommand::declare(CLI::App& program) {
   command->add_flag("--nonnegative", parameters_.nonNegative,
                     "keep the intensity components from going below 0");
   command->add_flag("--variable-gain", parameters_.variableGain,
-                    "let the gain rise to 1 with the iterations");
+                    "let the gain jump to 1 near iteration 7000");
   command->add_option("--threshold", parameters_.indexThreshold, "index map: share of the peak")
       ->capture_default_str();
   command->add_option("--index-min", parameters_.indexMin, "index map: lowest value")->capture_default_str();

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/Command.h"
@@ -68,7 +70,11 @@ int runProgram(int argc, char** argv) {
     program.parse(reversedArguments(argc, argv));
   } catch (const CLI::ParseError& error) {
     // Help and version are "errors" of exit code 0.
-    return program.exit(error) == 0 ? kExitDone : kExitUsage;
+    if (program.exit(error) == 0) return kExitDone;
+    if (std::any_of(argv + 1, argv + argc,
+                    [](const char* word) { return std::string_view(word) == "--json"; }))
+      printJson({{"error", failureJson({StatusCode::kInvalidValue, error.what()})}});
+    return kExitUsage;
   }
   if (const Status status = takeInstructionSet(); !status.ok()) {
     complain(status.text());

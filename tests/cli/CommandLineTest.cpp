@@ -119,6 +119,13 @@ TEST_F(CommandLineTest, AnOptionWithoutAValueBehindItsEqualsSignIsEmpty) {
   EXPECT_TRUE(test::exists(folder_.file("maps/^bm0.exm")));
 }
 
+TEST_F(CommandLineTest, AWrongCommandLineIsAJsonErrorToo) {
+  EXPECT_EQ(run({"run", "x.uvx", "--folder", "f", "--order", "many", "--json"}), 2);
+  EXPECT_EQ(nlohmann::json::parse(out_)["error"]["code"], "invalid-value");
+  EXPECT_EQ(run({"run", "x.uvx", "--folder", "f", "--order", "many"}), 2);
+  EXPECT_EQ(out_, "");
+}
+
 TEST_F(CommandLineTest, EmptyValuesOfOtherOptionsAreRefused) {
   const Words files = simulated();
   for (const Words& options : {Words{"--threshold="}, Words{"--index-min", ""}, Words{"--half-size", ""},
