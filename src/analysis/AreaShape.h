@@ -52,8 +52,8 @@ struct AreaShape {
   [[nodiscard]] TMinMax bounds() const;
 };
 
-/// Calls `take(row, column)` for the pixels whose centres lie inside the area or, up to a millionth of a pixel,
-/// on its outline, row by row.
+/// Calls `take(row, column)` for the pixels whose centres lie inside the area or, up to a millionth of a
+/// pixel, on its outline, row by row.
 /// @param range  the map's, of rows × columns pixels: x of the first and last column, y of the first and last
 ///               row.
 void forEachPixel(const AreaShape& area, std::uint32_t rows, std::uint32_t columns, const TMinMax& range,

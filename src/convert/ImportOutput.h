@@ -46,8 +46,8 @@ class ImportOutput {
 
 /// Path of an output: folder, the input's name without its extension, "_" and `part` when that is not empty
 /// (made safe for a file name), ".uvx"; numbered _2, _3 and so on when an earlier output of `options.taken`
-/// or `written` has the name. Fails when the file of that name is the input or one of `options.inputs`. Creates the
-/// folder.
+/// or `written` has the name. Fails when the file of that name is the input or one of `options.inputs`.
+/// Creates the folder.
 [[nodiscard]] Status outputPath(const std::string& input, const std::string& part,
                                 const ImportOptions& options, const std::vector<std::string>& written,
                                 std::string& path);

@@ -104,9 +104,7 @@ TEST(AreaShapeTest, AnOutlineThroughCentresHoldsThemWhereverItLies) {
     for (int column = -16; column < 16; ++column) {
       SCOPED_TRACE(std::to_string(row) + " " + std::to_string(column));
       const AreaPoint at{column * kStep, row * kStep};
-      const auto corner = [&](int x, int y) {
-        return AreaPoint{(column + x) * kStep, (row + y) * kStep};
-      };
+      const auto corner = [&](int x, int y) { return AreaPoint{(column + x) * kStep, (row + y) * kStep}; };
       const double side = 4 * kStep;
       EXPECT_EQ(pixelCount(AreaShape::rectangle(at, side, side), kSize, range), 25);
       EXPECT_EQ(pixelCount(AreaShape::rectangle(at, side, side / 2, 90), kSize, range), 15);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <cmath>
 #include <complex>
+#include <filesystem>
 #include <limits>
 #include <numbers>
 
