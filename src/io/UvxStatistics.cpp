@@ -13,7 +13,11 @@ namespace lumo {
 
 UvxStatistics::UvxStatistics(const UvxShape& shape, std::span<const UvxSelection> selections)
     : shape_(shape) {
+  firstBand_.fill(kNoBand);
   for (const UvxSelection& selection : selections) {
+    const auto id = static_cast<std::int8_t>(selection.id);
+    std::size_t& first = firstBand_[static_cast<std::uint8_t>(id)];
+    if (id == selection.id && first == kNoBand) first = bands_.size();
     for (std::size_t i = 0; i < selection.bands.size(); ++i) {
       UvxBand band;
       band.selection = selection.id;
@@ -31,26 +35,24 @@ void UvxStatistics::add(const UvxRecord& record, std::span<const AUVXComplex> vi
   flagged_ += record.flag != 0 ? 1 : 0;
   const std::size_t perIf = std::size_t{shape_.channels} * shape_.products;
   const double seconds = std::hypot(double{record.u}, double{record.v});
-  for (std::size_t at = 0; at < bands_.size(); at += shape_.ifs) {
-    if (bands_[at].selection != record.freqSel) continue;
-    for (std::size_t i = 0; i < shape_.ifs; ++i) {
-      UvxBand& band = bands_[at + i];
-      ++band.records;
-      band.visibilities += perIf;
-      if (record.flag != 0 || !std::isfinite(seconds)) continue;
-      for (const AUVXComplex& value : visibilities.subspan(i * perIf, perIf)) {
-        if (!value.isUsable()) continue;
-        ++band.usable;
-        band.weightSum += value.Weight();
-      }
-      const double last = band.frequency + (band.channels - 1.0) * band.width;
-      const double shortest = seconds * std::min(band.frequency, last);
-      const double longest = seconds * std::max(band.frequency, last);
-      const bool first = band.uvMax == 0 && band.uvMin == 0;
-      band.uvMin = first ? shortest : std::min(band.uvMin, shortest);
-      band.uvMax = first ? longest : std::max(band.uvMax, longest);
+  const std::size_t at = firstBand_[static_cast<std::uint8_t>(record.freqSel)];
+  if (at == kNoBand) return;
+  for (std::size_t i = 0; i < shape_.ifs; ++i) {
+    UvxBand& band = bands_[at + i];
+    ++band.records;
+    band.visibilities += perIf;
+    if (record.flag != 0 || !std::isfinite(seconds)) continue;
+    for (const AUVXComplex& value : visibilities.subspan(i * perIf, perIf)) {
+      if (!value.isUsable()) continue;
+      ++band.usable;
+      band.weightSum += value.Weight();
     }
-    return;
+    const double last = band.frequency + (band.channels - 1.0) * band.width;
+    const double shortest = seconds * std::min(band.frequency, last);
+    const double longest = seconds * std::max(band.frequency, last);
+    const bool first = band.uvMax == 0 && band.uvMin == 0;
+    band.uvMin = first ? shortest : std::min(band.uvMin, shortest);
+    band.uvMax = first ? longest : std::max(band.uvMax, longest);
   }
 }
 

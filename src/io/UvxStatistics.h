@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -37,7 +39,7 @@ struct UvxBand {
 /// Counts groups band by band, while they are written or read.
 class UvxStatistics {
  public:
-  UvxStatistics() = default;
+  UvxStatistics() { firstBand_.fill(kNoBand); }
   UvxStatistics(const UvxShape& shape, std::span<const UvxSelection> selections);
 
   /// Counts a group; `visibilities` is [IF][channel][product]. A group whose selection is not listed counts
@@ -50,8 +52,11 @@ class UvxStatistics {
   [[nodiscard]] std::uint64_t flaggedRecords() const { return flagged_; }
 
  private:
+  static constexpr auto kNoBand = static_cast<std::size_t>(-1);
+
   UvxShape shape_;
   std::vector<UvxBand> bands_;
+  std::array<std::size_t, 256> firstBand_;  ///< of the first selection of an ID, by the ID's byte
   std::uint64_t records_ = 0;
   std::uint64_t flagged_ = 0;
 };
