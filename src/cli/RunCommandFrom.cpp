@@ -26,6 +26,13 @@ Status readHistory(const std::string& path, std::vector<std::string>& history) {
   return {};
 }
 
+/// Whether a text is a part of a file's name that leads to no other folder and can be shown.
+bool isPlainName(const std::string& text) {
+  return std::none_of(text.begin(), text.end(), [](char c) {
+    return c == kDirSeparator || static_cast<unsigned char>(c) < ' ' || c == 0x7F;
+  });
+}
+
 /// The map was made by another version of the program, whose numbers may differ.
 void tellOtherVersion(const std::vector<std::string>& history) {
   constexpr std::string_view kProgram = "PROGRAM = ";
@@ -68,7 +75,11 @@ Status RunCommand::prepareFrom() {
   const RunParameters given = parameters_;
   parameters_ = recalled_.parameters;
   parameters_.folder = withSeparator(given.folder);
-  if (command_->get_option("--prefix")->count() > 0) parameters_.prefix = given.prefix;
+  if (command_->get_option("--prefix")->count() > 0)
+    parameters_.prefix = given.prefix;
+  else if (!isPlainName(parameters_.prefix))
+    return {StatusCode::kInvalidValue, "the prefix in the map's history, " + printable(parameters_.prefix) +
+                                           ", is more than the start of a name; give one with --prefix"};
   status = checkMapIsNoProduct();
   if (!status.ok()) return status;
 

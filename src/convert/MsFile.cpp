@@ -30,11 +30,25 @@ std::string firstLine(const std::exception& error) {
   return text.substr(0, text.find('\n'));
 }
 
+/// Calls work() while an exception is being handled. In damaged tables casacore comes to a "throw;" that has
+/// nothing to throw, which would end the program; here it throws that exception.
+struct NothingToThrow {};
+template <typename Work>
+Status handling(const Work& work) {
+  try {
+    throw NothingToThrow();
+  } catch (const NothingToThrow&) {
+    return work();
+  }
+}
+
 /// Turns what casacore throws into a status. `work` returns a Status.
 template <typename Work>
 Status guarded(const std::string& doing, const Work& work) {
   try {
-    return work();
+    return handling(work);
+  } catch (const NothingToThrow&) {
+    return {StatusCode::kReadFailed, doing + ": the table is damaged"};
   } catch (const std::bad_alloc&) {
     return {StatusCode::kOutOfMemory, doing + ": there is not enough memory"};
   } catch (const std::exception& error) {

@@ -85,8 +85,8 @@ Status uvfitsSelection(const UvfitsAxes& axes, const UvfitsSetup& setup, const U
   for (std::uint32_t i = 0; i < axes.ifs; ++i) {
     UvxSelection::Band band;
     band.increment = setup.increment[i];
-    band.frequency = axes.frequency + setup.offset[i] + source.frequencyOffset[i] +
-                     (1.0 - axes.referencePixel) * band.increment;
+    const double offset = source.frequencyOffset.empty() ? 0.0 : source.frequencyOffset[i];
+    band.frequency = axes.frequency + setup.offset[i] + offset + (1.0 - axes.referencePixel) * band.increment;
     const double last = band.frequency + (axes.channels - 1.0) * band.increment;
     if (!std::isfinite(band.frequency) || !std::isfinite(last) || band.frequency <= 0 || last <= 0)
       return {StatusCode::kBadFormat,

@@ -112,7 +112,6 @@ Status readSourceRow(const UvfitsFile& file, const UvfitsAxes& axes, std::uint64
   else if (Status status = exactEpoch("table AIPS SU, column EPOCH", epoch[0], source.item.epoch);
            !status.ok())
     return status;
-  source.frequencyOffset.assign(axes.ifs, 0.0);
   if (!file.hasColumn("FREQOFF")) return {};
   if (Status status = file.cell("FREQOFF", row, axes.ifs, source.frequencyOffset); !status.ok())
     return status;
@@ -154,7 +153,6 @@ Status readUvfitsHeaderSource(UvfitsFile& file, const UvfitsAxes& axes, UvfitsSo
   source.item.name = cleanText(file.text("OBJECT"), kNameBytes);
   source.item.frame = header.frame;
   source.item.epoch = epochOrDefault(header, report);
-  source.frequencyOffset.assign(axes.ifs, 0.0);
   if (!axes.rightAscension || !axes.declination)
     return {StatusCode::kBadFormat,
             "has no position: expected axes with CTYPE 'RA' and 'DEC' whose CRVAL are the phase centre in "

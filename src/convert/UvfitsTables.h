@@ -25,7 +25,7 @@ struct UvfitsSetup {
 /// A source and its own frequency offsets.
 struct UvfitsSource {
   AUVXSourceItem item;
-  std::vector<double> frequencyOffset;  ///< Hz, per IF
+  std::vector<double> frequencyOffset;  ///< Hz, per IF; empty where there is none
 };
 
 /// Stations, and the difference between the file's times and UTC.

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <set>
 #include <utility>
 
@@ -70,6 +71,10 @@ class Inspection {
     result_.cellYAll = maxV_ > 0 ? kArcsecWavelengths / maxV_ * (1 - 0.5 / grid_.ny) : 0;
     result_.distinctFrequencies = static_cast<std::int32_t>(frequencies_.size());
     const std::size_t n = (moments_.size() + 1) / 2;
+    // Far fewer terms are already beyond any data, and the work grows with the cube of their number.
+    constexpr std::size_t kMostTerms = 64;
+    result_.condition = std::numeric_limits<double>::infinity();
+    if (n > kMostTerms) return;
     std::vector<double> matrix;
     for (std::size_t j = 0; j < n; ++j)
       for (std::size_t k = 0; k < n; ++k) matrix.push_back(moments_[j + k] / moments_[0]);

@@ -35,6 +35,8 @@ class Record {
     const auto found = values_.find(name);
     if (found == values_.end()) return fail("the history of the map has no line " + name);
     if (counts_[name] > 1) return fail("the history of the map has more than one line " + name);
+    // Names of files would end there for the system.
+    if (found->second.find('\0') != std::string::npos) return failValue(name, found->second, "a text");
     value = found->second;
   }
   void take(const std::string& name, double& value) {

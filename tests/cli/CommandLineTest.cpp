@@ -154,6 +154,18 @@ TEST_F(CommandLineTest, NoCommandWritesOverItsInputs) {
   EXPECT_EQ(test::readFile(map), made);
 }
 
+TEST_F(CommandLineTest, AHistoryDoesNotLeadToAnotherFolder) {
+  const Words files = simulated();
+  std::filesystem::create_directory(folder_.file("maps"));
+  std::filesystem::create_directory(folder_.file("maps/sub"));
+  ASSERT_EQ(runOn(files, {"--iterations", "1", "--prefix", "sub/x"}), 0) << err_;
+  const std::string map = folder_.file("maps/sub/x^cln0.exm");
+  EXPECT_EQ(run({"run", "--from", map, "--folder", folder_.file("again")}), 2);
+  EXPECT_NE(err_.find("sub/x, is more than the start of a name"), std::string::npos) << err_;
+  EXPECT_FALSE(test::exists(folder_.file("again")));
+  EXPECT_EQ(run({"run", "--from", map, "--folder", folder_.file("again"), "--prefix", "x"}), 0) << err_;
+}
+
 TEST_F(CommandLineTest, JsonOfARunHasItsKeysAndNothingElseOnStandardOutput) {
   const Words files = simulated();
   ASSERT_EQ(runOn(files, {"--iterations", "20", "--json", "--shift", "-.0005,0.0003"}), 0) << err_;

@@ -111,6 +111,18 @@ TEST_F(MsDamageTest, OtherCasacoreTablesAreRefused) {
   EXPECT_THAT(status.message(), HasSubstr("expected a Measurement Set"));
 }
 
+TEST_F(MsDamageTest, AColumnOfAnUnknownKindDoesNotEndTheProgram) {
+  for (const char* const table : {"FIELD/table.dat", "table.dat"}) {
+    SCOPED_TRACE(table);
+    fs::remove_all(input_);
+    builder_.write(input_);
+    patch(table, "ArrayColumnDesc<double", "XrrayColumnDesc<double");
+    const Status status = importAgain();
+    EXPECT_EQ(status.code(), StatusCode::kReadFailed) << status.text();
+    EXPECT_THAT(status.message(), HasSubstr("the table is damaged"));
+  }
+}
+
 TEST_F(MsDamageTest, MissingColumnsAreNamed) {
   for (const char* column : {"UVW", "FLAG", "FLAG_ROW", "DATA_DESC_ID"}) {
     builder_.removedColumns = {column};

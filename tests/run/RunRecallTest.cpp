@@ -150,6 +150,13 @@ TEST_F(RunRecallTest, AValueOfTheWrongKindIsNamed) {
   }
 }
 
+TEST_F(RunRecallTest, ATextThatEndsBeforeItsEndIsRefused) {
+  for (const char* const name : {"PREFIX", "UVX0"}) {
+    const std::string text = std::string("../photo.jpg") + '\0';
+    EXPECT_THAT(recallRun(historyWith(name, text), run_).text(), HasSubstr(std::string(name) + " = "));
+  }
+}
+
 TEST_F(RunRecallTest, ALineThatStandsTwiceIsRefused) {
   std::vector<std::string> lines = history();
   lines.push_back("GAIN = 0.5");
