@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "analysis/AreaHandles.h"
 #include "core/Units.h"
 #include "io/MapForm.h"
 
@@ -29,20 +30,12 @@ bool onEdge(AreaPoint a, AreaPoint b, AreaPoint p) {
          p.y >= std::min(a.y, b.y) && p.y <= std::max(a.y, b.y);
 }
 
-bool nearEdge(AreaPoint a, AreaPoint b, AreaPoint p, double margin) {
-  const AreaPoint edge{b.x - a.x, b.y - a.y};
-  const double square = edge.x * edge.x + edge.y * edge.y;
-  const double along = square > 0 ? ((p.x - a.x) * edge.x + (p.y - a.y) * edge.y) / square : 0.0;
-  const double t = std::clamp(along, 0.0, 1.0);
-  return std::hypot(a.x + t * edge.x - p.x, a.y + t * edge.y - p.y) <= margin;
-}
-
-bool insidePolygon(const std::vector<AreaPoint>& vertices, AreaPoint p, double margin) {
+bool insidePolygon(const std::vector<AreaPoint>& vertices, AreaPoint p) {
   bool inside = false;
   for (std::size_t i = 0, last = vertices.size() - 1; i < vertices.size(); last = i++) {
     const AreaPoint& a = vertices[i];
     const AreaPoint& b = vertices[last];
-    if (onEdge(a, b, p) || nearEdge(a, b, p, margin)) return true;
+    if (onEdge(a, b, p)) return true;
     const bool crosses = (a.y > p.y) != (b.y > p.y);
     if (crosses && p.x < a.x + (b.x - a.x) * ((p.y - a.y) / (b.y - a.y))) inside = !inside;
   }
@@ -103,7 +96,9 @@ AreaPoint AreaShape::mapCoordinates(AreaPoint own) const {
 }
 
 bool AreaShape::contains(AreaPoint point, double margin) const {
-  if (kind == AreaKind::kPolygon) return vertices.size() > 2 && insidePolygon(vertices, point, margin);
+  if (kind == AreaKind::kPolygon)
+    return vertices.size() > 2 &&
+           (insidePolygon(vertices, point) || nearestPlace(vertices, point).distance <= margin);
   if (kind == AreaKind::kCircle) {
     const double x = point.x - centre.x;
     const double y = point.y - centre.y;

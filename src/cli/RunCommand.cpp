@@ -127,7 +127,6 @@ Status RunCommand::checkLog() const {
   return {};
 }
 
-/// Whether a file would lie in the work folder under a name that begins as those of the products do.
 bool RunCommand::isProductName(const std::string& path) const {
   if (!fileName(path).starts_with(parameters_.prefix + "^")) return false;
   const auto folderOf = [](const std::string& folder) {

@@ -31,8 +31,9 @@ class RunCommand final : public Command {
   [[nodiscard]] Status takeImagingOptions();
   [[nodiscard]] Status checkOptionsHaveEffect() const;
   [[nodiscard]] Status makeFolder() const;
-  /// The log must not take the place of an input.
+  /// The log must not take the place of an input, the map of --from or a product.
   [[nodiscard]] Status checkLog() const;
+  /// Whether a file lies, or would, in the work folder under a name that begins as those of the products do.
   [[nodiscard]] bool isProductName(const std::string& path) const;
   /// The same as prepare() for a run that is taken from the history of a map.
   [[nodiscard]] Status prepareFrom();

@@ -56,7 +56,6 @@ Json memoryJson(const RunMemory& memory) {
           {"free_bytes", bytesOrNull(memory.room.free)}};
 }
 
-/// `whole` is what shares are taken of, seconds.
 /// Seconds by name; that of a part is behind those of what it is a part of but the whole's: "run/image/grid".
 void addSeconds(const PhaseTime& phase, const std::string& before, Json& seconds) {
   for (const PhaseTime& part : phase.parts) {
@@ -71,6 +70,7 @@ Json secondsJson(const PhaseTime& whole) {
   return seconds;
 }
 
+/// `whole` is what shares are taken of, seconds.
 Json phaseJson(const PhaseTime& phase, double whole) {
   Json object{
       {"name", phase.name}, {"seconds", phase.seconds}, {"share", finiteOrNull(phase.seconds / whole)}};

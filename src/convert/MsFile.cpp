@@ -30,9 +30,10 @@ std::string firstLine(const std::exception& error) {
   return text.substr(0, text.find('\n'));
 }
 
+struct NothingToThrow {};
+
 /// Calls work() while an exception is being handled. In damaged tables casacore comes to a "throw;" that has
 /// nothing to throw, which would end the program; here it throws that exception.
-struct NothingToThrow {};
 template <typename Work>
 Status handling(const Work& work) {
   try {

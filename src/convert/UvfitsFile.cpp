@@ -288,9 +288,12 @@ bool UvfitsFile::hasColumn(const std::string& column) const {
   return code == 0 || code == COL_NOT_UNIQUE;
 }
 
+std::string UvfitsFile::placeOf(const std::string& column) const {
+  return "table " + text("EXTNAME") + ", column " + column;
+}
+
 Status UvfitsFile::cell(const std::string& column, std::uint64_t row, std::size_t count,
                         std::vector<double>& values) const {
-  const auto where = [&] { return "table " + text("EXTNAME") + ", column " + column; };
   int code = 0;
   int index = 0;
   fits_get_colnum(handle_->fits, CASEINSEN, const_cast<char*>(column.c_str()), &index, &code);
@@ -299,23 +302,22 @@ Status UvfitsFile::cell(const std::string& column, std::uint64_t row, std::size_
   LONGLONG repeat = 0;
   LONGLONG width = 0;
   fits_get_coltypell(handle_->fits, index, &type, &repeat, &width, &code);
-  if (code != 0) return fitsFailure(code, where() + " is missing").about(name_);
+  if (code != 0) return fitsFailure(code, placeOf(column) + " is missing").about(name_);
   const bool numeric = type == TBYTE || type == TSHORT || type == TLONG || type == TLONGLONG ||
                        type == TFLOAT || type == TDOUBLE;
   if (!numeric || repeat < static_cast<LONGLONG>(count))
     return {StatusCode::kBadFormat,
-            where() + " holds " + (numeric ? toStr(repeat) : std::string("no")) +
+            placeOf(column) + " holds " + (numeric ? toStr(repeat) : std::string("no")) +
                 " numbers a row; expected " + toStr(static_cast<std::int64_t>(count)),
             name_};
   values.assign(count, 0.0);
   fits_read_col(handle_->fits, TDOUBLE, index, static_cast<LONGLONG>(row) + 1, 1,
                 static_cast<LONGLONG>(count), nullptr, values.data(), nullptr, &code);
-  if (code != 0) return fitsFailure(code, where() + " cannot be read").about(name_);
+  if (code != 0) return fitsFailure(code, placeOf(column) + " cannot be read").about(name_);
   return {};
 }
 
 Status UvfitsFile::cellText(const std::string& column, std::uint64_t row, std::string& value) const {
-  const auto where = [&] { return "table " + text("EXTNAME") + ", column " + column; };
   int code = 0;
   int index = 0;
   fits_get_colnum(handle_->fits, CASEINSEN, const_cast<char*>(column.c_str()), &index, &code);
@@ -324,15 +326,15 @@ Status UvfitsFile::cellText(const std::string& column, std::uint64_t row, std::s
   LONGLONG repeat = 0;
   LONGLONG width = 0;
   fits_get_coltypell(handle_->fits, index, &type, &repeat, &width, &code);
-  if (code != 0) return fitsFailure(code, where() + " is missing").about(name_);
+  if (code != 0) return fitsFailure(code, placeOf(column) + " is missing").about(name_);
   if (type != TSTRING || repeat > kMaxTextCell || width > kMaxTextCell)
-    return {StatusCode::kBadFormat, where() + " does not hold a text", name_};
+    return {StatusCode::kBadFormat, placeOf(column) + " does not hold a text", name_};
   std::vector<char> buffer(static_cast<std::size_t>(std::max(repeat, width)) + 1, '\0');
   char* cells[1] = {buffer.data()};
   char none[] = "";
   fits_read_col(handle_->fits, TSTRING, index, static_cast<LONGLONG>(row) + 1, 1, 1, none, cells, nullptr,
                 &code);
-  if (code != 0) return fitsFailure(code, where() + " cannot be read").about(name_);
+  if (code != 0) return fitsFailure(code, placeOf(column) + " cannot be read").about(name_);
   value = buffer.data();
   return {};
 }

@@ -70,6 +70,8 @@ class UvfitsFile {
   struct Handle;
 
   [[nodiscard]] Status openFits();
+  /// What a failure calls a column. Walks through the header: not for every cell.
+  [[nodiscard]] std::string placeOf(const std::string& column) const;
   void listExtensions();
 
   std::string name_;

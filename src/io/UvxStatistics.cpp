@@ -12,8 +12,8 @@
 namespace lumo {
 
 UvxStatistics::UvxStatistics(const UvxShape& shape, std::span<const UvxSelection> selections)
-    : shape_(shape) {
-  firstBand_.fill(kNoBand);
+    : UvxStatistics() {
+  shape_ = shape;
   for (const UvxSelection& selection : selections) {
     const auto id = static_cast<std::int8_t>(selection.id);
     std::size_t& first = firstBand_[static_cast<std::uint8_t>(id)];

@@ -45,7 +45,7 @@ struct PreFlight {
   double lowestHz = 0, highestHz = 0;  ///< with points on the grid; both 0 without any
   /// Condition (2-norm) of the matrix M that CLEAN tells the spectral terms apart with at one pixel, for
   /// natural weighting without a taper: M[j][k] = mean of ((ν − ν0)/ν0)^(j+k) over the points on the grid, by
-  /// weight. These are the centres of the beams j+k. Infinite when it is singular.
+  /// weight. These are the centres of the beams j+k. Infinite when it is singular or of more than 64 terms.
   double condition = 1;
   RunMemory memory;
 

@@ -26,7 +26,8 @@ struct RunReport {
   /// well. A run without files is ok and has no products.
   Status status;
   /// Beams, dirty maps, residual, per term the CLEAN map and the one with residuals, frequency range, index
-  /// map, its error map. Those that an early end kept from being tried are not listed.
+  /// map, its error map. Those that an early end kept from being tried are not listed, but all of a CLEAN
+  /// that could not be done are.
   std::vector<RunProduct> products;
   FrequencySurvey survey;
   PreFlight preFlight;          ///< without files when the run ended before it was made
@@ -36,9 +37,9 @@ struct RunReport {
   double totalFlux = 0;         ///< sum of the zero-order components, map units
   /// Largest relative distance of a selected frequency from the middle of the range.
   double largestFrequencyOffset = -1e38;
+  double residualBefore = 0, residualAfter = 0;  ///< of the CLEAN, see CleanReport
   /// max |W M - I| of the CLEAN's beam matrix: far above 1e-6, or NaN, tells that the beams do not tell the
   /// spectral terms apart.
-  double residualBefore = 0, residualAfter = 0;  ///< of the CLEAN, see CleanReport
   double inversionError = 0;
   /// "run" with its parts in their order, each with parts of its own where there are some; what a part does
   /// not account for is its last part, "other".

@@ -145,10 +145,12 @@ TEST(StoreFolderTest, WithNeitherTheLogSaysThatParametersAreNotKept) {
 TEST(DesktopPromptsTest, FilesAreChosenManyAtATimeAmongThoseThatExist) {
   const TempFolder folder;
   QStringList filters;
+  QStringList patterns;
   GuiScript script;
   script.step([&] {
     auto* const dialog = modalWindow<QFileDialog>();
     if (dialog == nullptr) return false;
+    patterns = dialog->nameFilters();
     auto* const types = dialog->findChild<QComboBox*>("fileTypeCombo");
     for (int i = 0; i < types->count(); ++i) filters.append(types->itemText(i));
     EXPECT_EQ(dialog->fileMode(), QFileDialog::ExistingFiles);
@@ -159,6 +161,7 @@ TEST(DesktopPromptsTest, FilesAreChosenManyAtATimeAmongThoseThatExist) {
   });
   EXPECT_TRUE(DesktopPrompts().chooseFiles(nullptr, QString::fromStdString(folder.path())).isEmpty());
   EXPECT_EQ(filters, QStringList({"ZEL file (*.UVX)", "All files (*.*)"}));
+  EXPECT_EQ(patterns, QStringList({"ZEL file (*.UVX) (*.uvx *.UVX)", "All files (*.*) (*)"}));
 }
 
 TEST(DesktopPromptsTest, TheFolderBrowserAsksForTheWorkFolder) {
